@@ -1,0 +1,28 @@
+# The platform layer: our stand-in for the service framework, utility
+# streams, keyword repository, user services and helpers.
+
+set(GEN ${QEL_GEN_DIR}/platform)
+qel_generate(
+  OUTPUTS ${GEN}/gs_tokens.h ${GEN}/gs_tokens.cpp
+  SCRIPT tools/gen_keywords.py
+  INPUTS ${CMAKE_CURRENT_LIST_DIR}/keywords.txt
+  ARGS platform/keywords.txt ${GEN}/gs_tokens.h ${GEN}/gs_tokens.cpp)
+
+set(D ${CMAKE_CURRENT_LIST_DIR})
+target_sources(qel PRIVATE
+  ${D}/debug.cpp
+  ${D}/file_stream.cpp
+  ${D}/framework.cpp
+  ${D}/helpers.cpp
+  ${D}/keywords.cpp
+  ${D}/locale.cpp
+  ${D}/streams.cpp
+  ${D}/user.cpp
+  ${GEN}/gs_tokens.cpp
+  ${GEN}/gs_tokens.h)
+
+install(FILES
+  ${D}/debug.h ${D}/export.h ${D}/framework.h ${D}/helpers.h ${D}/keywords.h
+  ${D}/locale.h ${D}/streams.h ${D}/user.h
+  ${GEN}/gs_tokens.h
+  DESTINATION ${QEL_HEADER_DIR}/platform)

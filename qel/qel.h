@@ -1,0 +1,16 @@
+// libqel: the output generator of the storage-array management controller.
+//
+// The one header a program needs: it declares the library's whole external
+// interface, the platform layer included.
+#ifndef QEL_QEL_H
+#define QEL_QEL_H
+
+#include <platform/debug.h>
+#include <platform/framework.h>
+#include <platform/helpers.h>
+#include <platform/keywords.h>
+#include <platform/locale.h>
+#include <platform/streams.h>
+#include <platform/user.h>
+
+#endif

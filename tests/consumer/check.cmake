@@ -1,0 +1,32 @@
+# Installs the build tree into a scratch prefix, then builds and runs the
+# consumer program twice: through find_package(qel) and through pkg-config.
+# Arguments: BUILD_DIR, SOURCE_DIR, WORK_DIR, GENERATOR.
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "failed (${rc}): ${ARGN}")
+  endif()
+endfunction()
+
+set(prefix ${WORK_DIR}/prefix)
+file(REMOVE_RECURSE ${WORK_DIR})
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+
+run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/cmake-build -G ${GENERATOR}
+    -DCMAKE_PREFIX_PATH=${prefix})
+run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake-build)
+file(GLOB libdirs LIST_DIRECTORIES true ${prefix}/lib*)
+set(ENV{LD_LIBRARY_PATH} "${prefix}/lib:${prefix}/lib64")
+run(${WORK_DIR}/cmake-build/consumer)
+
+file(GLOB_RECURSE pcfile ${prefix}/*/qel.pc)
+get_filename_component(pcdir "${pcfile}" DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pcdir})
+execute_process(COMMAND pkg-config --cflags --libs qel
+  OUTPUT_VARIABLE flags RESULT_VARIABLE rc OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "pkg-config does not find qel")
+endif()
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(c++ -std=c++17 ${SOURCE_DIR}/main.cpp ${flags} -o ${WORK_DIR}/consumer-pc)
+run(${WORK_DIR}/consumer-pc)

@@ -1,0 +1,166 @@
+// Formatting helpers, locale helpers and the bounded string operations.
+#include "support/log_capture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace {
+
+using services::user::Preferences;
+using qeltest::LogCapture;
+
+TEST(GetSizeString, UnitsBasesAndPrecision) {
+  struct Case {
+    std::uint64_t bytes;
+    Preferences::StorageUnit units;
+    int precision;
+    int base;
+    const char *number;
+    const char *unit;
+  } cases[] = {
+      {0, Preferences::UNITS_AUTO, 2, 10, "0.00", "B"},
+      {999, Preferences::UNITS_AUTO, 2, 10, "999.00", "B"},
+      {1000, Preferences::UNITS_AUTO, 2, 10, "1.00", "KB"},
+      {1023, Preferences::UNITS_AUTO, 2, 2, "1023.00", "B"},
+      {1024, Preferences::UNITS_AUTO, 2, 2, "1.00", "KiB"},
+      {1048576, Preferences::UNITS_AUTO, 2, 10, "1.05", "MB"},
+      {1048576, Preferences::UNITS_AUTO, 2, 2, "1.00", "MiB"},
+      {1048576, Preferences::UNITS_AUTO, 0, 10, "1", "MB"},
+      {999999999999ull, Preferences::UNITS_AUTO, 1, 10, "1000.0", "GB"},
+      {1048576, Preferences::UNITS_KB, 2, 10, "1048.58", "KB"},
+      {1048576, Preferences::UNITS_KB, 2, 2, "1024.00", "KiB"},
+      {1048576, Preferences::UNITS_TB, 2, 10, "0.00", "TB"},
+      {5000000000000000000ull, Preferences::UNITS_AUTO, 3, 10, "5000.000", "PB"},
+      {1099511627776ull, Preferences::UNITS_GB, 2, 2, "1024.00", "GiB"},
+      {1048576, Preferences::UNITS_MB, 2, 16, "1.05", "MB"}, // other bases: 10
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(std::to_string(c.bytes) + " base " + std::to_string(c.base));
+    char number[20], unit[8];
+    getSizeString(c.bytes, c.units, static_cast<std::uint8_t>(c.precision),
+                  c.base, number, unit);
+    EXPECT_STREQ(number, c.number);
+    EXPECT_STREQ(unit, c.unit);
+  }
+}
+
+TEST(GetSizeString, NeverWritesMoreThanTwentyBytes) {
+  // The widest case: the largest count in the smallest forced unit with the
+  // most decimals. Bytes past the 20th must stay untouched.
+  char number[32];
+  char unit[8];
+  std::memset(number, '#', sizeof number);
+  getSizeString(UINT64_MAX, Preferences::UNITS_KB, 255, 10, number, unit);
+  EXPECT_LE(std::strlen(number), 19u);
+  for (std::size_t i = 20; i < sizeof number; ++i)
+    EXPECT_EQ(number[i], '#') << i;
+  EXPECT_EQ(std::string(number).substr(0, 15), "184467440737095");
+}
+
+TEST(HexToCharString, UpperCaseDigits) {
+  const unsigned char bytes[] = {0x00, 0xab, 0x7f, 0x10};
+  char out[9];
+  HexToCharString(out, bytes, 4);
+  EXPECT_STREQ(out, "00AB7F10");
+  HexToCharString(out, bytes, 0);
+  EXPECT_STREQ(out, "");
+}
+
+TEST(Strip, LeadingAndTrailingWhiteSpace) {
+  struct Case {
+    const char *in, *out;
+  } cases[] = {{"  disk  ", "disk"}, {"disk", "disk"}, {" \t\n", ""},
+               {"", ""},             {"a b", "a b"},   {"\tx y \r\n", "x y"}};
+  for (const auto &c : cases) {
+    char buf[32];
+    std::strcpy(buf, c.in);
+    EXPECT_EQ(stripLeadingTrailingWhiteSpace(buf), buf);
+    EXPECT_STREQ(buf, c.out) << '"' << c.in << '"';
+  }
+}
+
+TEST(EscapeDoubleQuotes, EscapesQuotesBackslashesAndLineBreaks) {
+  struct Case {
+    const char *in, *out;
+  } cases[] = {{"plain", "plain"},
+               {"say \"hi\"", "say \\\"hi\\\""},
+               {"a\\b", "a\\\\b"},
+               {"l1\nl2\r", "l1\\nl2\\r"},
+               {"\"\"", "\\\"\\\""},
+               {"", ""}};
+  for (const auto &c : cases) {
+    std::string dst(2 * (std::strlen(c.in) + 1), '#');
+    utility::Misc::escapeDoubleQuotes(&dst[0], c.in);
+    EXPECT_STREQ(dst.c_str(), c.out);
+  }
+}
+
+TEST(Locale, NotAvailableFollowsTheThreadLocale) {
+  const char *expected[10] = {"N/A", "N/D",    "N/D",    "k. A.",  "N/D",
+                              "該当なし", "n.v.t.", "不适用", "不適用", "해당 없음"};
+  for (int i = 0; i < 10; ++i) {
+    setThreadLocale(i);
+    EXPECT_STREQ(mc_gettext("N/A"), expected[i]) << i;
+    EXPECT_EQ(getThreadLocale(), i);
+  }
+  setThreadLocale(42);
+  EXPECT_EQ(getThreadLocale(), 0);
+  const char *other = "Unknown";
+  EXPECT_EQ(mc_gettext(other), other);
+  EXPECT_EQ(mc_gettext(nullptr), nullptr);
+
+  // The locale is per thread: another thread starts in English.
+  setThreadLocale(3);
+  std::string seen;
+  std::thread([&] { seen = mc_gettext("N/A"); }).join();
+  EXPECT_EQ(seen, "N/A");
+  EXPECT_STREQ(mc_gettext("N/A"), "k. A.");
+  setThreadLocale(0);
+}
+
+TEST(Locale, LocalizationSwitch) {
+  EXPECT_TRUE(services::capi::isL10NEnabled());
+  services::capi::setL10NEnabled(false);
+  EXPECT_FALSE(services::capi::isL10NEnabled());
+  services::capi::setL10NEnabled(true);
+  EXPECT_TRUE(services::capi::isL10NEnabled());
+}
+
+TEST(BoundedOperations, NeverOverrunAndReportOverflow) {
+  LogCapture log;
+  char buf[8];
+  std::memset(buf, '#', sizeof buf);
+  EXPECT_EQ(snprintfAssert(buf, 4, "%s", "abcdef"), 3);
+  EXPECT_STREQ(buf, "abc");
+  EXPECT_EQ(buf[4], '#');
+  EXPECT_EQ(snprintfAssert(buf, 8, "%d", 42), 2);
+
+  std::memset(buf, '#', sizeof buf);
+  EXPECT_STREQ(strcpyAssert(buf, "0123456789", 5), "0123");
+  EXPECT_EQ(buf[5], '#');
+  EXPECT_STREQ(strcpyAssert(buf, nullptr, 5), "");
+  EXPECT_STREQ(strcpyAssert(buf, "abcd", 5), "abcd");
+
+  std::memset(buf, '#', sizeof buf);
+  memsetAssert(buf, 0, 100, 4);
+  EXPECT_EQ(buf[3], 0);
+  EXPECT_EQ(buf[4], '#');
+  memsetAssert(buf, 'x', 2, 4);
+  EXPECT_EQ(buf[1], 'x');
+
+  EXPECT_EQ(log.texts(LogCapture::Route::Assert),
+            (std::vector<std::string>{"snprintfAssert: output truncated",
+                                      "strcpyAssert: source too long",
+                                      "memsetAssert: count exceeds the destination"}));
+}
+
+TEST(Constants, NameLengthLimits) {
+  EXPECT_EQ(services::dom::Constants::MaxArrayNameLength, 20);
+  EXPECT_EQ(services::dom::Constants::MaxVolumeNameLength, 32);
+}
+
+} // namespace

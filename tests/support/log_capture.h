@@ -1,0 +1,44 @@
+// Test support: collects the records of the platform's log sink.
+#ifndef QEL_TESTS_SUPPORT_LOG_CAPTURE_H
+#define QEL_TESTS_SUPPORT_LOG_CAPTURE_H
+
+#include <qel/qel.h>
+
+#include <string>
+#include <vector>
+
+namespace qeltest {
+
+/// Installs a collecting sink for its lifetime and restores the previous
+/// sink afterwards.
+class LogCapture {
+public:
+  using Route = framework::LogRecord::Route;
+
+  LogCapture() {
+    previous_ = framework::Logger::setSink(
+        [this](const framework::LogRecord &r) { records.push_back(r); });
+  }
+  ~LogCapture() { framework::Logger::setSink(previous_); }
+  LogCapture(const LogCapture &) = delete;
+  LogCapture &operator=(const LogCapture &) = delete;
+
+  /// The texts of the records on \p route, in order.
+  std::vector<std::string> texts(Route route) const {
+    std::vector<std::string> out;
+    for (const auto &r : records)
+      if (r.route == route)
+        out.push_back(r.text);
+    return out;
+  }
+  void clear() { records.clear(); }
+
+  std::vector<framework::LogRecord> records;
+
+private:
+  framework::Logger::Sink previous_;
+};
+
+} // namespace qeltest
+
+#endif
