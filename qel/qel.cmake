@@ -1,4 +1,28 @@
 # The library proper: descriptor API, renderers, metadata, dictionary and
 # the output service.
 
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
+set(Q ${CMAKE_CURRENT_LIST_DIR})
+set(QGEN ${QEL_GEN_DIR}/qel)
+
+# Field-name dictionary: one generated source per locale, plus the builders.
+set(DICT ${Q}/fieldnames/dictionary)
+set(DICT_LOCALES en es fr de it jp nl zh_chs zh_cht ko)
+set(DICT_INPUTS ${PROJECT_SOURCE_DIR}/platform/keywords.txt ${DICT}/basetypes.txt ${DICT}/elements.txt)
+set(DICT_OUTPUTS ${QGEN}/fieldnames/field_name_arrays.h ${QGEN}/fieldnames/field_names_init.cpp)
+foreach(loc ${DICT_LOCALES})
+  list(APPEND DICT_INPUTS ${DICT}/${loc}.txt)
+  list(APPEND DICT_OUTPUTS ${QGEN}/fieldnames/field_names_${loc}.cpp)
+endforeach()
+qel_generate(
+  OUTPUTS ${DICT_OUTPUTS}
+  SCRIPT tools/gen_dictionary.py
+  INPUTS ${DICT_INPUTS}
+  ARGS platform/keywords.txt qel/fieldnames/dictionary ${QGEN}/fieldnames)
+
+target_sources(qel PRIVATE
+  ${Q}/fieldnames/fieldnames.cpp
+  ${DICT_OUTPUTS})
+
+install(FILES ${Q}/qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
+install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h
+  DESTINATION ${QEL_HEADER_DIR}/qel/fieldnames)

@@ -13,4 +13,7 @@
 #include <platform/streams.h>
 #include <platform/user.h>
 
+#include <qel/fieldnames/field_name_arrays.h>
+#include <qel/fieldnames/fieldnames.h>
+
 #endif

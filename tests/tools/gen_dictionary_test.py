@@ -1,0 +1,127 @@
+"""The dictionary generator stops on broken sources with file:line errors
+and writes nothing; on good sources it places localized variants by table."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOLS = os.path.join(os.path.dirname(__file__), '..', '..', 'tools')
+LOCALES = ['en', 'es', 'fr', 'de', 'it', 'jp', 'nl', 'zh_chs', 'zh_cht', 'ko']
+
+KEYWORDS = """\
+1 volumes
+2 drives
+3 type
+4 serial-number
+5 tasks
+6 primary-ip-address
+7 hosts
+"""
+EN = """\
+volumes | Volumes
+drives | Disks
+type | Type
+type@drives | Type | | The type of disk
+type@tasks | Task Type
+serial-number | Serial Number
+tasks | Tasks
+"""
+
+
+class DictionaryGenerator(unittest.TestCase):
+    def run_generator(self, en=EN, locales=None, basetypes='1 volumes\n2 drives\n3 tasks\n',
+                      elements='type | Type\n', keywords=KEYWORDS):
+        tmp = tempfile.mkdtemp()
+        src = os.path.join(tmp, 'dict')
+        out = os.path.join(tmp, 'out')
+        os.makedirs(src)
+        files = {'en.txt': en, 'basetypes.txt': basetypes, 'elements.txt': elements}
+        for loc in LOCALES[1:]:
+            files[loc + '.txt'] = (locales or {}).get(loc, '')
+        for name, text in files.items():
+            with open(os.path.join(src, name), 'w', encoding='utf-8') as f:
+                f.write(text)
+        kw = os.path.join(tmp, 'keywords.txt')
+        with open(kw, 'w') as f:
+            f.write(keywords)
+        proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_dictionary.py'), kw, src, out],
+                              capture_output=True, text=True)
+        return proc, src, out
+
+    def assertFails(self, expected_file, expected_line, fragment, **kwargs):
+        proc, src, out = self.run_generator(**kwargs)
+        self.assertEqual(proc.returncode, 1, proc.stderr)
+        prefix = f'{os.path.join(src, expected_file)}:{expected_line}: error: '
+        self.assertTrue(proc.stderr.startswith(prefix), proc.stderr)
+        self.assertIn(fragment, proc.stderr)
+        self.assertFalse(os.path.exists(out), 'nothing is written on error')
+
+    def test_good_sources(self):
+        de = ('type@tasks | Aufgabentyp | | Typ des Vorgang\n'
+              'type | Typ\n'
+              'type@drives | Typ | | Der Typ des Datenträgers\n'
+              'primary-ip-address | Primäre IP-Adresse\n')
+        locales = {loc: de.replace('Typ', 'T' + loc) for loc in LOCALES[1:]}
+        locales['de'] = de
+        proc, _, out = self.run_generator(locales=locales)
+        self.assertEqual(proc.returncode, 0, proc.stderr)
+        with open(os.path.join(out, 'field_names_de.cpp'), encoding='utf-8') as f:
+            text = f.read()
+        body = text[text.index('fieldNametGStype_de'):]
+        # Placed in the English order: default, drives, tasks.
+        self.assertLess(body.index('{0,'), body.index('{tGSdrives,'))
+        self.assertLess(body.index('{tGSdrives,'), body.index('{tGStasks,'))
+        self.assertIn('fieldNametGSprimary_2Dip_2Daddress_de', text)
+        with open(os.path.join(out, 'field_name_arrays.h')) as f:
+            self.assertIn('fieldNameLengthtGStype;', f.read())
+
+    def test_unknown_keyword(self):
+        self.assertFails('en.txt', 2, '"nosuch" is not a keyword',
+                         en='volumes | Volumes\nnosuch | X\n')
+
+    def test_empty_label(self):
+        self.assertFails('en.txt', 1, 'empty label', en='volumes |  | abbr\n')
+
+    def test_forbidden_characters(self):
+        for bad in ['say "x"', 'a < b', 'R&D']:
+            self.assertFails('en.txt', 1, 'unescaped', en=f'volumes | {bad}\n')
+
+    def test_variant_before_default(self):
+        self.assertFails('en.txt', 1, 'default record', en='type@drives | Type\ntype | Type\n')
+
+    def test_variant_twice(self):
+        self.assertFails('en.txt', 3, 'listed twice',
+                         en='type | Type\ntype@drives | A\ntype@drives | B\n')
+
+    def test_variant_table_not_a_basetype(self):
+        self.assertFails('en.txt', 5, 'not a basetype', en=EN.replace('type@tasks', 'type@serial-number'))
+
+    def test_records_not_consecutive(self):
+        self.assertFails('en.txt', 3, 'consecutive', en='type | Type\nvolumes | V\ntype@drives | T\n')
+
+    def test_basetype_without_field(self):
+        self.assertFails('basetypes.txt', 4, 'not a field', basetypes='1 volumes\n2 drives\n3 tasks\n4 hosts\n')
+
+    def test_basetype_index_twice(self):
+        self.assertFails('basetypes.txt', 2, 'already', basetypes='1 volumes\n1 drives\n')
+
+    def test_locale_with_other_tables(self):
+        locales = {loc: 'type | T\ntype@drives | T\n' for loc in LOCALES[1:]}
+        self.assertFails('es.txt', 1, 'English has', locales=locales)
+
+    def test_locales_cover_the_same_fields(self):
+        locales = {loc: 'volumes | V\n' for loc in LOCALES[1:]}
+        locales['fr'] = 'serial-number | S\nvolumes | V\n'
+        self.assertFails('fr.txt', 1, '"serial-number" is only here', locales=locales)
+
+    def test_element_of_unknown_field(self):
+        self.assertFails('elements.txt', 1, 'not a field', elements='hosts | Hosts\n')
+
+    def test_tab_character(self):
+        self.assertFails('en.txt', 2, 'tab', en='volumes | Volumes\ndrives |\tDisks\n')
+
+
+if __name__ == '__main__':
+    unittest.main()
