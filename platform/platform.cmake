@@ -8,8 +8,15 @@ qel_generate(
   INPUTS ${CMAKE_CURRENT_LIST_DIR}/keywords.txt
   ARGS platform/keywords.txt ${GEN}/gs_tokens.h ${GEN}/gs_tokens.cpp)
 
+qel_generate(
+  OUTPUTS ${GEN}/decoders.h ${GEN}/decoders.cpp
+  SCRIPT tools/gen_decoders.py
+  INPUTS ${CMAKE_CURRENT_LIST_DIR}/decoders.txt
+  ARGS platform/decoders.txt ${GEN}/decoders.h ${GEN}/decoders.cpp)
+
 set(D ${CMAKE_CURRENT_LIST_DIR})
 target_sources(qel PRIVATE
+  ${D}/decoder_support.cpp
   ${D}/debug.cpp
   ${D}/file_stream.cpp
   ${D}/framework.cpp
@@ -19,10 +26,12 @@ target_sources(qel PRIVATE
   ${D}/streams.cpp
   ${D}/user.cpp
   ${GEN}/gs_tokens.cpp
-  ${GEN}/gs_tokens.h)
+  ${GEN}/gs_tokens.h
+  ${GEN}/decoders.cpp
+  ${GEN}/decoders.h)
 
 install(FILES
   ${D}/debug.h ${D}/export.h ${D}/framework.h ${D}/helpers.h ${D}/keywords.h
   ${D}/locale.h ${D}/streams.h ${D}/user.h
-  ${GEN}/gs_tokens.h
+  ${GEN}/gs_tokens.h ${GEN}/decoders.h
   DESTINATION ${QEL_HEADER_DIR}/platform)

@@ -61,6 +61,13 @@ public:
   static long StorageUnitToNumeric(unsigned token);
   static long TemperatureToNumeric(unsigned token);
 
+  /// Enumeration decoders of the CLI-parameter table (defined by the output
+  /// library): each writes the numeric code of a token setting with "%ld".
+  static void decodeOutputType(utility::PutStream &out, unsigned int token);
+  static void decodeOutputMode(utility::PutStream &out, unsigned int token);
+  static void decodeStorageUnit(utility::PutStream &out, unsigned int token);
+  static void decodeTemperature(utility::PutStream &out, unsigned int token);
+
 private:
   OutputType m_outputFormat = OUTPUT_CONSOLE;
   LocaleCode m_locale = LOCALE_EN;
@@ -85,6 +92,8 @@ public:
   /// Experience levels (keyword tokens) to codes: standard 0, advanced 1,
   /// diagnostic 2; -1 for another token.
   static long ExperienceToNumeric(unsigned token);
+  /// Writes ExperienceToNumeric of \p token with "%ld" (output library).
+  static void decodeExperience(utility::PutStream &out, unsigned int token);
 };
 
 /// A management session: where its output goes and how it wants it.
@@ -118,6 +127,8 @@ public:
   /// Snapshot modes (keyword tokens) to codes: new-snapshot 0,
   /// last-snapshot 1; -1 for another token.
   static long SnapModeToNumeric(unsigned token);
+  /// Writes SnapModeToNumeric of \p token with "%ld" (output library).
+  static void decodeSnapMode(utility::PutStream &out, unsigned int token);
 };
 
 } // namespace scheduler

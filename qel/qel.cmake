@@ -19,10 +19,26 @@ qel_generate(
   INPUTS ${DICT_INPUTS}
   ARGS platform/keywords.txt qel/fieldnames/dictionary ${QGEN}/fieldnames)
 
+# Table catalogue.
+set(CAT ${Q}/metadata)
+set(CAT_OUTPUTS ${QGEN}/metadata/catalogue_arrays.h ${QGEN}/metadata/catalogue.cpp)
+qel_generate(
+  OUTPUTS ${CAT_OUTPUTS}
+  SCRIPT tools/gen_catalogue.py
+  INPUTS ${PROJECT_SOURCE_DIR}/platform/keywords.txt ${PROJECT_SOURCE_DIR}/platform/decoders.txt
+         ${CAT}/catalogue.txt ${CAT}/registrations.txt ${PROJECT_SOURCE_DIR}/tools/gen_decoders.py
+  ARGS platform/keywords.txt platform/decoders.txt qel/metadata/catalogue.txt
+       qel/metadata/registrations.txt ${CAT_OUTPUTS})
+
 target_sources(qel PRIVATE
   ${Q}/fieldnames/fieldnames.cpp
-  ${DICT_OUTPUTS})
+  ${Q}/metadata/library_decoders.cpp
+  ${Q}/metadata/meta_data_db.cpp
+  ${DICT_OUTPUTS}
+  ${CAT_OUTPUTS})
 
 install(FILES ${Q}/qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
+install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
+  DESTINATION ${QEL_HEADER_DIR}/qel/metadata)
 install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h
   DESTINATION ${QEL_HEADER_DIR}/qel/fieldnames)

@@ -6,6 +6,7 @@
 #define QEL_QEL_H
 
 #include <platform/debug.h>
+#include <platform/decoders.h>
 #include <platform/framework.h>
 #include <platform/helpers.h>
 #include <platform/keywords.h>
@@ -15,5 +16,7 @@
 
 #include <qel/fieldnames/field_name_arrays.h>
 #include <qel/fieldnames/fieldnames.h>
+#include <qel/metadata/catalogue_arrays.h>
+#include <qel/metadata/meta_data_db.h>
 
 #endif

@@ -1,0 +1,187 @@
+// Table metadata: column data types, sort types, property and table
+// definitions, and the registry that holds every table of the catalogue.
+//
+// The registry is one process-wide object, filled once at start-up
+// (initGSables) and read from every thread afterwards. Lookups by basetype
+// token are two array reads: the token's table index from
+// BaseTypeLookupTable, then the registry slot.
+#ifndef QEL_METADATA_META_DATA_DB_H
+#define QEL_METADATA_META_DATA_DB_H
+
+#include <platform/export.h>
+#include <platform/keywords.h>
+#include <platform/locale.h>
+#include <platform/user.h>
+
+#include <atomic>
+#include <cstdint>
+
+namespace utility {
+class PutStream;
+}
+
+/// The data type of a column's cells. The value 255 stands for a table that
+/// is not registered.
+enum ColumnDataType : std::uint32_t {
+  COLTYPE_HEX8 = 0,
+  COLTYPE_HEX32 = 1,
+  COLTYPE_U8 = 2,
+  COLTYPE_U32 = 3,
+  COLTYPE_STRING = 4,
+  COLTYPE_QEL = 5,
+  COLTYPE_DOUBLE = 6,
+  COLTYPE_ENUM = 7,
+  COLTYPE_INDEX = 8,
+  COLTYPE_U64 = 9,
+  COLTYPE_I32 = 10,
+  COLTYPE_HEX_STRING = 11,
+  COLTYPE_U16 = 12,
+  COLTYPE_STRING_N = 13,
+  COLTYPE_BLOCKS = 14,
+  COLTYPE_DATETIME = 15,
+  COLTYPE_TIME = 16,
+  COLTYPE_ENUMTOKEN = 17,
+  COLTYPE_BLOCKS2BYTES = 18,
+  COLTYPE_UNKNOWN = 255,
+};
+
+/// How two cells of a sort column compare.
+enum SortType : std::uint32_t {
+  SORT_NONE = 0,
+  SORT_DISKSLOT = 1,
+  SORT_DATETIME = 2,
+  SORT_STRING = 3,
+  SORT_INTEGER = 4,
+  SORT_SIZE = 5,
+};
+
+/// An enumeration decoder: writes the display text of a value.
+using EnumDecoder = void (*)(utility::PutStream &, unsigned int);
+
+/// The definition of one property (column) of a table. Catalogue arrays of
+/// it live for the whole process; only `print`, `draw` (SetColumnPrint) and
+/// the name-column sizes (set at load time) ever change.
+struct PropertyMetaData {
+  GS_TokenValues keywordId;         ///< the property's keyword
+  std::int32_t size;                ///< display width in characters
+  ColumnDataType type;              ///< the cells' data type
+  GS_TokenValues qualifierNameId;   ///< extra XML attribute name, or 1153
+  GS_TokenValues qualifierValueId;  ///< extra XML attribute value, or 1153
+  bool print;                       ///< console print default
+  bool draw;                        ///< XML draw default
+  bool key;                         ///< identifies the object
+  bool trackWidth;                  ///< console width follows the data
+  bool sort;                        ///< rows sort on this (last one wins)
+  SortType sortType;                ///< comparison when sorting on it
+  EnumDecoder decoder;              ///< ENUM / ENUMTOKEN decoder, or null
+};
+
+/// The XML type name of a data type: "uint8", "string", "object", ...;
+/// "unknown" for any other value.
+QEL_API const char *getDataTypeStr(ColumnDataType type);
+/// The sort name: "nosort", "diskslot", "datetime", "string", "integer",
+/// "size"; "nosort" for any other value.
+QEL_API const char *getSortType(SortType type);
+/// The type of a column of a registered table; COLTYPE_UNKNOWN (255) for an
+/// unknown table or a column outside it. Constant time, lock-free.
+QEL_API ColumnDataType getColumnType(GS_TokenValues table, int column);
+
+/// The definition of one table. Created by the registry, never deleted.
+class QEL_API TableMetaData {
+public:
+  TableMetaData(GS_TokenValues tableId, PropertyMetaData *properties,
+                int numColumns, bool wbi, const char *primaryKey,
+                const char *parentBasetype, const char *parentKeyProp);
+
+  GS_TokenValues getTableId() const { return tableId; }
+  int getNumColumns() const { return numColumns; }
+  /// Entry \p column of the column list; the caller passes a valid column.
+  PropertyMetaData *getPropertyDef(int column) const { return properties + column; }
+  /// Type of a valid column.
+  ColumnDataType getColumnType(int column) const { return properties[column].type; }
+  bool isWBI() const { return wbi; }
+  const char *getPrimaryKey() const { return primaryKey; }
+  const char *getParentBasetype() const { return parentBasetype; }
+  const char *getParentKeyProp() const { return parentKeyProp; }
+
+  /// Writes this table's metadata in the family of \p type with object id
+  /// \p oid and labels in \p locale.
+  void renderMetaData(utility::PutStream *stream,
+                      services::user::Preferences::OutputType type, int oid,
+                      LocaleCode locale);
+  /// One property element (the "-numeric" companion when \p numeric).
+  void renderPropertyMetaDataXML(utility::PutStream *stream, int column,
+                                 bool numeric, LocaleCode locale);
+  /// One APIProp call (the "-numeric" companion when \p numeric).
+  void renderPropertyMetaDataJSON(utility::PutStream *stream, int column,
+                                  bool numeric, LocaleCode locale);
+
+private:
+  GS_TokenValues tableId;
+  PropertyMetaData *properties; ///< not owned: a catalogue array
+  int numColumns;
+  bool wbi;
+  const char *primaryKey;       ///< keyword text, "singleton" or "none"
+  const char *parentBasetype;   ///< keyword text or "none"
+  const char *parentKeyProp;    ///< keyword text or "none"
+};
+
+/// The registry of table definitions.
+class QEL_API TableMetaDataManager {
+public:
+  /// Registry slots addressed by table index (0..132).
+  static constexpr int kIndexedSlots = 133;
+  /// Slots after them for basetypes without a table index of their own,
+  /// taken in registration order and found by token.
+  static constexpr int kOverflowSlots = 32;
+  static constexpr int kSlots = kIndexedSlots + kOverflowSlots;
+
+  /// The registry, created on the first call; records \p locale as the
+  /// current locale. Never null.
+  static TableMetaDataManager *getTableMetaDataManager(LocaleCode locale);
+  /// Changes the print and draw defaults of the first property of \p table
+  /// whose keyword is \p column. Logs (logErrorPrint) when there is no
+  /// registry, no such table or no such column.
+  static void SetColumnPrint(GS_TokenValues table, GS_TokenValues column,
+                             bool print, bool draw);
+
+  void setLocale(LocaleCode locale);
+  LocaleCode getLocale() const;
+  /// Entry token - 1 of BaseTypeLookupTable; 0 outside 1..7626.
+  int getTableIndex(GS_TokenValues token) const;
+  /// The table of a basetype token, or null.
+  TableMetaData *getTable(GS_TokenValues token) const;
+  /// Registers a table in the slot of its table index, replacing what the
+  /// slot held. A basetype without a table index is logged and kept in an
+  /// overflow slot of its own.
+  void addTable(GS_TokenValues token, PropertyMetaData *properties,
+                int numColumns, bool wbi, const char *primaryKey,
+                const char *parentBasetype, const char *parentKeyProp);
+  /// The table in \p slot (0..kSlots - 1), or null.
+  TableMetaData *getSlot(int slot) const;
+
+  /// Writes the metadata document of the tables named by \p which (null or
+  /// "all", "wbi", a basetype, or basetypes separated by commas) in the
+  /// family of \p type, with labels in the current locale. Returns 0.
+  int renderMetaData(utility::PutStream *stream,
+                     services::user::Preferences::OutputType type,
+                     const char *which);
+  /// As above with the labels' locale given by the caller.
+  int renderMetaData(utility::PutStream *stream,
+                     services::user::Preferences::OutputType type,
+                     const char *which, LocaleCode locale);
+
+  static std::atomic<TableMetaDataManager *> m_Instance;
+
+private:
+  TableMetaDataManager();
+
+  std::atomic<std::uint32_t> currentLocale; ///< shared by all threads
+  TableMetaData *tables[kSlots];             ///< slot i: table index i
+  int overflowUsed = 0;                      ///< overflow slots taken
+};
+
+/// Registers the whole catalogue (generated from the catalogue source).
+QEL_API void initGSables();
+
+#endif

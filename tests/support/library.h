@@ -1,0 +1,34 @@
+// Test support: builds the dictionary and registers the catalogue once per
+// test process, as the output service's start-up does, and keeps the log
+// lines that start-up wrote.
+#ifndef QEL_TESTS_SUPPORT_LIBRARY_H
+#define QEL_TESTS_SUPPORT_LIBRARY_H
+
+#include "support/log_capture.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace qeltest {
+
+/// Start-up's log texts (route Log), in order.
+inline std::vector<std::string> &startupLog() {
+  static std::vector<std::string> texts;
+  return texts;
+}
+
+inline void startLibrary() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    LogCapture log;
+    init_FieldNames();
+    init_LocaleFieldNames();
+    initGSables();
+    startupLog() = log.texts(LogCapture::Route::Log);
+  });
+}
+
+} // namespace qeltest
+
+#endif

@@ -1,0 +1,116 @@
+"""The catalogue and decoder generators stop on broken sources with
+file:line errors and write nothing."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOLS = os.path.join(os.path.dirname(__file__), '..', '..', 'tools')
+
+KEYWORDS = """\
+1 volumes
+2 name
+3 health
+4 none
+5 singleton
+6 blocks
+7 blocksize
+8 512
+"""
+DECODERS = """\
+decodeHealthStatus
+  0 OK
+  1 Degraded
+"""
+CATALOGUE = """\
+array gQdbShowVolumes
+  name    STRING MaxVolumeNameLength PDWS string -
+  health  ENUM   10 PD string decodeHealthStatus
+  blocks  U64    20 D  integer - blocksize=512
+"""
+REGISTRATIONS = 'volumes gQdbShowVolumes yes name none none\n'
+
+
+class Generators(unittest.TestCase):
+    def run_catalogue(self, catalogue=CATALOGUE, registrations=REGISTRATIONS, decoders=DECODERS):
+        tmp = tempfile.mkdtemp()
+        files = {'keywords.txt': KEYWORDS, 'decoders.txt': decoders,
+                 'catalogue.txt': catalogue, 'registrations.txt': registrations}
+        for name, text in files.items():
+            with open(os.path.join(tmp, name), 'w') as f:
+                f.write(text)
+        out_h, out_cpp = os.path.join(tmp, 'out', 'c.h'), os.path.join(tmp, 'out', 'c.cpp')
+        args = [os.path.join(tmp, n) for n in files] + [out_h, out_cpp]
+        proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_catalogue.py')] + args,
+                              capture_output=True, text=True)
+        return proc, tmp, out_cpp
+
+    def assertFails(self, file, line, fragment, **kwargs):
+        proc, tmp, out_cpp = self.run_catalogue(**kwargs)
+        self.assertEqual(proc.returncode, 1, proc.stderr)
+        self.assertTrue(proc.stderr.startswith(f'{os.path.join(tmp, file)}:{line}: error: '), proc.stderr)
+        self.assertIn(fragment, proc.stderr)
+        self.assertFalse(os.path.exists(out_cpp))
+
+    def test_good_sources(self):
+        proc, _, out_cpp = self.run_catalogue()
+        self.assertEqual(proc.returncode, 0, proc.stderr)
+        with open(out_cpp) as f:
+            text = f.read()
+        self.assertIn('{tGShealth, 10, COLTYPE_ENUM, tGSnone, tGSnone, true, true, false, false, '
+                      'false, SORT_STRING, &decodeHealthStatus}', text)
+        self.assertIn('tGSblocksize, tGS512', text)
+        self.assertIn('gQdbShowVolumes[0].size = services::dom::Constants::MaxVolumeNameLength;', text)
+        self.assertIn('registry->addTable(tGSvolumes, gQdbShowVolumes, 3, true, pGSname, pGSnone, pGSnone);',
+                      text)
+
+    def test_catalogue_errors(self):
+        cases = [
+            ('nosuch  STRING 10 PD string -', 'not a keyword'),
+            ('name    TEXT 10 PD string -', 'unknown type'),
+            ('name    STRING wide PD string -', 'size'),
+            ('name    STRING 10 PX string -', 'flags'),
+            ('name    STRING 10 PP string -', 'flags'),
+            ('name    STRING 10 PD alpha -', 'unknown sort type'),
+            ('name    STRING 10 PD string decodeNothing', 'unknown decoder'),
+            ('name    STRING 10 PD string decodeHealthStatus', 'has no decoder'),
+            ('name    STRING 10 PD string - blocksize', 'qualifier'),
+            ('name    STRING 10 PD', 'expected'),
+        ]
+        for line, fragment in cases:
+            with self.subTest(line=line):
+                self.assertFails('catalogue.txt', 2, fragment,
+                                 catalogue=f'array gQdbShowVolumes\n  {line}\n')
+
+    def test_registration_errors(self):
+        cases = [
+            ('volumes gQdbNothing yes none none none', 'unknown array'),
+            ('volumes gQdbShowVolumes maybe none none none', 'wbi'),
+            ('volumes gQdbShowVolumes yes health2 none none', 'not a keyword'),
+            ('volumes gQdbShowVolumes yes volumes none none', 'primary key'),
+            ('volumes gQdbShowVolumes yes name volumes none', 'go together'),
+        ]
+        for line, fragment in cases:
+            with self.subTest(line=line):
+                self.assertFails('registrations.txt', 1, fragment, registrations=line + '\n')
+
+    def test_decoder_errors(self):
+        cases = [
+            ('decodeX\n  1 A\n  0 B\n', 3, 'ascend'),
+            ('decodeX\n  0 A "quoted"\n', 2, 'unescaped'),
+            ('decodeX\n  0 A\n  * %d items\n', 3, 'fallback'),
+            ('decodeX\n  0 50%\n', 2, 'fallback line only'),
+            ('decodeX\n  0 A\ndecodeX\n  0 B\n', 3, 'already defined'),
+            ('decodeX\n', 1, 'lists no value'),
+            ('  0 A\n', 1, 'before the first decoder'),
+        ]
+        for text, line, fragment in cases:
+            with self.subTest(text=text):
+                self.assertFails('decoders.txt', line, fragment, decoders=text,
+                                 catalogue='array gQdbShowVolumes\n  name STRING 10 PD string -\n')
+
+
+if __name__ == '__main__':
+    unittest.main()
