@@ -31,13 +31,15 @@ qel_generate(
        qel/metadata/registrations.txt ${CAT_OUTPUTS})
 
 target_sources(qel PRIVATE
+  ${Q}/cli_qel.cpp
+  ${Q}/cli_qel_data.cpp
   ${Q}/fieldnames/fieldnames.cpp
   ${Q}/metadata/library_decoders.cpp
   ${Q}/metadata/meta_data_db.cpp
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 
-install(FILES ${Q}/qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
+install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
 install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
   DESTINATION ${QEL_HEADER_DIR}/qel/metadata)
 install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h

@@ -14,6 +14,7 @@
 #include <platform/streams.h>
 #include <platform/user.h>
 
+#include <qel/cli_qel.h>
 #include <qel/fieldnames/field_name_arrays.h>
 #include <qel/fieldnames/fieldnames.h>
 #include <qel/metadata/catalogue_arrays.h>

@@ -1,0 +1,369 @@
+// Descriptor life cycle (create, link, size, adjust, free) and row sorting.
+#include <qel/cli_qel.h>
+#include <qel/internal.h>
+
+#include <platform/debug.h>
+#include <platform/framework.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+using qel_detail::cellAt;
+using qel_detail::keywordText;
+
+namespace {
+
+constexpr unsigned kDebugDescriptor = 1192;
+
+void QELDB_DescribeColumn(QEL_DESC *desc, services::user::Session *session,
+                          GS_TokenValues table) {
+  LocaleCode locale = session ? session->getPreferences().getLocale() : LOCALE_EN;
+  TableMetaDataManager *registry =
+      TableMetaDataManager::getTableMetaDataManager(locale);
+  if (!registry) {
+    framework::Logger::StaticLog(0, "QELDB_DescribeColumn: TableMetaDataManager "
+                                    "cannot be found. Not recoverable.\n");
+    return;
+  }
+  TableMetaData *t = registry->getTable(table);
+  if (!t) {
+    framework::Logger::StaticLog(
+        0,
+        "QELDB_DescribeColumn: No such table %s. Did you register this table "
+        "in with the TableMetaDataManager?\n",
+        keywordText(table));
+    return;
+  }
+  for (int i = 0; i < t->getNumColumns(); ++i) {
+    const PropertyMetaData *p = t->getPropertyDef(i);
+    _QEL_COLUMN_DESC &col = desc->pColumns[desc->numColumns];
+    col.pProperty = p;
+    col.keywordId = p->keywordId;
+    col.displayId = p->keywordId;
+    col.width = 0;
+    col.draw = p->draw;
+    col.print = p->print;
+    col.qualifierNameId = p->qualifierNameId;
+    col.qualifierValueId = p->qualifierValueId;
+    ++desc->numColumns;
+  }
+}
+
+void allocationFailed() {
+  if (IsDebugOn(kDebugDescriptor))
+    logDebugPrint("QEL_Create:: could not allocate the memory\n");
+}
+
+} // namespace
+
+const char *getConsoleFormat(QEL_DESC *desc) {
+  if (!desc)
+    return "none";
+  switch (desc->consoleFormat) {
+  case QEL_FORMAT_ROWS:
+  case QEL_FORMAT_EMBEDDED_ROWS:
+    return "rows";
+  case QEL_FORMAT_PAIRS:
+    return "pairs";
+  case QEL_FORMAT_PACKED:
+    return "packed";
+  case QEL_FORMAT_LABELED:
+    return "labeled";
+  case QEL_FORMAT_STATUS:
+    return "status";
+  default:
+    return "none";
+  }
+}
+
+QEL_DESC *QEL_Create(services::user::Session *session, GS_TokenValues table,
+                     GS_TokenValues name, int maxRows,
+                     std::uint8_t consoleFormat) {
+  LocaleCode locale = session ? session->getPreferences().getLocale() : LOCALE_EN;
+  TableMetaData *t =
+      TableMetaDataManager::getTableMetaDataManager(locale)->getTable(table);
+  if (!t) {
+    framework::Logger::StaticLog(0, "QEL_Create: Could not find table %s",
+                                 keywordText(table));
+    return nullptr;
+  }
+  const int n = static_cast<std::uint16_t>(t->getNumColumns());
+
+  // The reported size follows (maxRows * n + 10) * 4 and must fit its field;
+  // the block itself holds the header and one word per cell.
+  const long long cellCount = static_cast<long long>(maxRows) * n;
+  if (maxRows < 0 || (cellCount + 10) * 4 > INT_MAX) {
+    allocationFailed();
+    return nullptr;
+  }
+  const std::size_t blockSize =
+      offsetof(QEL_DESC, cells) + static_cast<std::size_t>(cellCount) * sizeof(QEL_CELL);
+  auto *desc = static_cast<QEL_DESC *>(framework::Memory::StaticAlloc(blockSize));
+  if (!desc) {
+    allocationFailed();
+    return nullptr;
+  }
+  std::memset(static_cast<void *>(desc), 0, blockSize);
+  desc->tableId = table;
+  desc->nameId = name;
+  desc->numRows = 0;
+  desc->numColumns = 0;
+  desc->maxRows = maxRows;
+  desc->maxColumns = n;
+  desc->allocSize = static_cast<std::int32_t>((cellCount + 10) * 4);
+  desc->printed = 0;
+  desc->consoleFormat = consoleFormat;
+  desc->pNext = nullptr;
+  desc->jsonSeparator = 0;
+
+  const std::size_t columnsSize = static_cast<std::size_t>(n) * sizeof(_QEL_COLUMN_DESC);
+  desc->pColumns =
+      static_cast<_QEL_COLUMN_DESC *>(framework::Memory::StaticAlloc(columnsSize));
+  if (!desc->pColumns) {
+    allocationFailed();
+    framework::Memory::StaticFree(desc);
+    return nullptr;
+  }
+  std::memset(static_cast<void *>(desc->pColumns), 0, columnsSize);
+  QELDB_DescribeColumn(desc, session, table);
+  return desc;
+}
+
+void QEL_link(QEL_DESC *head, QEL_DESC *child) {
+  if (!head) {
+    if (IsDebugOn(kDebugDescriptor))
+      logDebugPrint("QEL_link:: pDesc is NULL! DIE! \n");
+    return;
+  }
+  while (head->pNext)
+    head = head->pNext;
+  head->pNext = child;
+}
+
+int QEL_HowBig(QEL_DESC *desc) { return desc ? desc->allocSize : 0; }
+
+void QEL_Free(QEL_DESC *head) {
+  if (!head) {
+    if (IsDebugOn(kDebugDescriptor))
+      logDebugPrint("QEL_Free:: NULL Pointer \n");
+    return;
+  }
+  for (QEL_DESC *d = head; d;) {
+    QEL_DESC *next = d->pNext;
+    for (int c = 0; c < d->numColumns; ++c) {
+      const ColumnDataType type = getColumnType(d->tableId, c);
+      if (!qel_detail::holdsPointer(type))
+        continue;
+      for (int r = 0; r < d->numRows; ++r) {
+        QEL_CELL &cell = cellAt(d, r, c);
+        if (!cell)
+          continue;
+        if (type == COLTYPE_QEL)
+          QEL_Free(reinterpret_cast<QEL_DESC *>(cell));
+        else
+          framework::Memory::StaticFree(reinterpret_cast<void *>(cell));
+        cell = 0;
+      }
+    }
+    d->pNext = nullptr;
+    framework::Memory::StaticFree(d->pColumns);
+    framework::Memory::StaticFree(d);
+    d = next;
+  }
+}
+
+void QEL_SetColumnPrint(QEL_DESC *desc, GS_TokenValues column,
+                        std::uint8_t value, bool alsoDraw) {
+  if (!desc)
+    return;
+  for (int c = 0; c < desc->numColumns; ++c) {
+    _QEL_COLUMN_DESC &col = desc->pColumns[c];
+    if (col.keywordId == column) {
+      col.print = value;
+      if (alsoDraw)
+        col.draw = value;
+      return;
+    }
+  }
+}
+
+void QEL_RenameColumnKeyword(QEL_DESC *desc, services::user::Session *,
+                             GS_TokenValues oldKeyword,
+                             GS_TokenValues newKeyword) {
+  if (!desc)
+    return;
+  for (int c = 0; c < desc->numColumns; ++c) {
+    if (desc->pColumns[c].keywordId == oldKeyword) {
+      desc->pColumns[c].displayId = newKeyword;
+      return;
+    }
+  }
+}
+
+// --- Sorting ----------------------------------------------------------------
+
+namespace {
+
+// "%d.%d": enclosure, then slot; numbers that do not parse read as 0.
+std::pair<int, int> diskSlot(const char *text) {
+  int enclosure = 0, slot = 0;
+  std::sscanf(text, "%d.%d", &enclosure, &slot);
+  return {enclosure, slot};
+}
+
+template <typename T> int threeWay(T a, T b) { return a < b ? -1 : (a > b ? 1 : 0); }
+
+} // namespace
+
+int QEL_compare(SortType sortType, ColumnDataType type, QEL_CELL a, QEL_CELL b) {
+  switch (sortType) {
+  case SORT_DISKSLOT:
+    if (type != COLTYPE_STRING || !a || !b)
+      return 0;
+    return threeWay(diskSlot(reinterpret_cast<const char *>(a)),
+                    diskSlot(reinterpret_cast<const char *>(b)));
+  case SORT_DATETIME:
+  case SORT_INTEGER:
+    return threeWay(static_cast<std::uint32_t>(a), static_cast<std::uint32_t>(b));
+  case SORT_STRING:
+    if (type != COLTYPE_STRING && type != COLTYPE_STRING_N &&
+        type != COLTYPE_HEX_STRING)
+      return 0;
+    if (!a || !b)
+      return 0;
+    return std::strcmp(reinterpret_cast<const char *>(a),
+                       reinterpret_cast<const char *>(b));
+  default:
+    return 0;
+  }
+}
+
+// The order is the permutation that a stable insertion sort with
+// QEL_compare produces. Where QEL_compare is a consistent order over the
+// column (numbers; texts that are all present), that permutation is the
+// unique stable sorted order, so a stable O(n log n) sort gives it. Where
+// some cells cannot be compared (a null text compares equal to everything,
+// which is not transitive), only the insertion sort itself gives it.
+void SORTOutput(QEL_DESC *desc, int *order) {
+  const bool debug = IsDebugOn(kDebugDescriptor);
+  if (!order || !desc) {
+    if (debug)
+      logDebugPrint("SORTOutput:indeces or pDesc == NULL... returning\n");
+    return;
+  }
+  const int n = desc->numRows;
+  if (debug) {
+    logDebugPrint("SORTOutput:indeces = %d, pDesc = %lx [%s] (%d)\n",
+                  static_cast<int>(reinterpret_cast<std::intptr_t>(order)),
+                  static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(desc)),
+                  keywordText(desc->tableId), n);
+    logDebugPrint("SORTOutput:finding sort Column (%d)\n", desc->numColumns);
+  }
+  int column = -1;
+  SortType sortType = SORT_NONE;
+  for (int c = 0; c < desc->numColumns; ++c) {
+    const PropertyMetaData *p = desc->pColumns[c].pProperty;
+    if (p && p->sort) {
+      column = c;
+      sortType = p->sortType;
+    }
+  }
+  if (debug)
+    logDebugPrint("SORTOutput:sort column = %d [%s]\n", column,
+                  column < 0 ? "" : keywordText(desc->pColumns[column].pProperty->keywordId));
+  for (int k = 0; k < n; ++k)
+    order[k] = k;
+  if (column < 0) {
+    if (debug)
+      logDebugPrint("SORTOutput:finding sort Column (%d)\n", desc->numColumns);
+    return;
+  }
+  const ColumnDataType type = getColumnType(desc->tableId, column);
+  if (sortType == SORT_NONE)
+    return;
+  if (debug) {
+    logDebugPrint("SORTOutput:Begin sort\n");
+    for (int i = 1; i < n; ++i)
+      logDebugPrint("SORTOutput:row = %d\n", i);
+  }
+  if (n < 2)
+    return;
+
+  auto cell = [desc, column](int row) { return cellAt(desc, row, column); };
+  bool allPresent = true;
+  for (int r = 0; r < n && allPresent; ++r)
+    allPresent = cell(r) != 0;
+
+  // The fast paths sort (key, row) pairs: the keys sit next to each other
+  // instead of one table row apart, and equal keys keep their row order.
+  switch (sortType) {
+  case SORT_DATETIME:
+  case SORT_INTEGER: {
+    std::vector<std::pair<std::uint32_t, int>> keyed(static_cast<std::size_t>(n));
+    for (int r = 0; r < n; ++r)
+      keyed[static_cast<std::size_t>(r)] = {static_cast<std::uint32_t>(cell(r)), r};
+    std::stable_sort(keyed.begin(), keyed.end(),
+                     [](const auto &x, const auto &y) { return x.first < y.first; });
+    for (int k = 0; k < n; ++k)
+      order[k] = keyed[static_cast<std::size_t>(k)].second;
+    return;
+  }
+  case SORT_STRING:
+    if (type != COLTYPE_STRING && type != COLTYPE_STRING_N &&
+        type != COLTYPE_HEX_STRING)
+      return; // every pair compares equal: the filled order stands
+    if (allPresent) {
+      std::vector<std::pair<const char *, int>> keyed(static_cast<std::size_t>(n));
+      for (int r = 0; r < n; ++r)
+        keyed[static_cast<std::size_t>(r)] = {reinterpret_cast<const char *>(cell(r)), r};
+      std::stable_sort(keyed.begin(), keyed.end(), [](const auto &x, const auto &y) {
+        return std::strcmp(x.first, y.first) < 0;
+      });
+      for (int k = 0; k < n; ++k)
+        order[k] = keyed[static_cast<std::size_t>(k)].second;
+      return;
+    }
+    break;
+  case SORT_DISKSLOT: {
+    if (type != COLTYPE_STRING)
+      return;
+    // Parse every location once; a null text is marked unparsed.
+    std::vector<std::pair<int, int>> keys(static_cast<std::size_t>(n));
+    for (int r = 0; r < n; ++r)
+      if (cell(r))
+        keys[static_cast<std::size_t>(r)] = diskSlot(reinterpret_cast<const char *>(cell(r)));
+    if (allPresent) {
+      std::stable_sort(order, order + n, [&](int x, int y) {
+        return keys[static_cast<std::size_t>(x)] < keys[static_cast<std::size_t>(y)];
+      });
+      return;
+    }
+    auto greater = [&](int x, int y) {
+      return cell(x) && cell(y) &&
+             keys[static_cast<std::size_t>(x)] > keys[static_cast<std::size_t>(y)];
+    };
+    for (int i = 1; i < n; ++i) {
+      int key = order[i], j = i;
+      for (; j > 0 && greater(order[j - 1], key); --j)
+        order[j] = order[j - 1];
+      order[j] = key;
+    }
+    return;
+  }
+  default:
+    return; // SORT_SIZE and unknown sort types compare everything equal
+  }
+
+  // Texts with gaps: the insertion sort itself.
+  for (int i = 1; i < n; ++i) {
+    int key = order[i], j = i;
+    for (; j > 0 && QEL_compare(sortType, type, cell(order[j - 1]), cell(key)) > 0; --j)
+      order[j] = order[j - 1];
+    order[j] = key;
+  }
+}

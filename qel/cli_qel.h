@@ -1,0 +1,139 @@
+// The descriptor API: the output tables that every command handler creates,
+// fills, links, sorts, prints and frees.
+//
+// A QEL_DESC is one table of rows by columns for a registered basetype. Its
+// cells are words: a 32-bit number, or a pointer to a NUL-terminated copy or
+// a nested descriptor that the descriptor owns (the column's ColumnDataType
+// says which). Descriptors link into chains through pNext; QEL_Free on the
+// head releases the chain, every owned copy and every nested descriptor.
+//
+// Nothing here throws. Bad input is reported through the platform's log and
+// leaves every descriptor usable.
+#ifndef QEL_CLI_QEL_H
+#define QEL_CLI_QEL_H
+
+#include <platform/export.h>
+#include <platform/keywords.h>
+#include <platform/user.h>
+#include <qel/metadata/meta_data_db.h>
+
+#include <cstdint>
+
+/// A cell: a 32-bit number or a pointer, by the column's type.
+using QEL_CELL = std::uintptr_t;
+
+/// Console layouts (consoleFormat); any other value prints as rows.
+enum QEL_ConsoleFormat : std::uint8_t {
+  QEL_FORMAT_ROWS = 0,
+  QEL_FORMAT_PAIRS = 1,
+  QEL_FORMAT_PACKED = 2,
+  QEL_FORMAT_LABELED = 3,
+  QEL_FORMAT_EMBEDDED_ROWS = 4,
+  QEL_FORMAT_STATUS = 5,
+};
+
+/// One column of a descriptor, copied from its property definition.
+struct _QEL_COLUMN_DESC {
+  GS_TokenValues qualifierNameId;  ///< extra XML attribute name, or 1153
+  GS_TokenValues qualifierValueId; ///< its value, also shown in the header
+  std::uint8_t print;              ///< console shows the column when 1
+  std::uint8_t draw;               ///< XML draw attribute
+  GS_TokenValues keywordId;        ///< identity of the column for lookups
+  GS_TokenValues displayId;        ///< keyword shown as the column's name
+  std::uint8_t width;              ///< widest text so far (width tracking)
+  const PropertyMetaData *pProperty; ///< definition in the registry
+};
+
+/// One output table. The block holds the header and maxRows x maxColumns
+/// cells, row-major: cell (r, c) is cells[r * maxColumns + c].
+struct QEL_DESC {
+  GS_TokenValues tableId;      ///< basetype token
+  GS_TokenValues nameId;       ///< object name token; 1153 = none
+  std::int32_t numRows;        ///< one more than the highest row filled
+  std::int32_t numColumns;     ///< column descriptors filled in
+  std::int32_t maxRows;        ///< row capacity
+  std::int32_t maxColumns;     ///< the table's column count; cell row stride
+  std::int32_t allocSize;      ///< (maxRows * maxColumns + 10) * 4
+  std::uint8_t consoleFormat;  ///< QEL_ConsoleFormat chosen by the creator
+  std::uint8_t printed;        ///< set once the console renderer printed it
+  std::uint8_t jsonSeparator;  ///< JSON: comma before it even when empty
+  QEL_DESC *pNext;             ///< next descriptor of the chain
+  _QEL_COLUMN_DESC *pColumns;  ///< maxColumns column descriptors
+  QEL_CELL cells[];            ///< maxRows * maxColumns cells
+};
+
+/// The layout name of a descriptor's consoleFormat: "rows", "pairs",
+/// "packed", "labeled", "rows", "status", or "none" for other values.
+QEL_API const char *getConsoleFormat(QEL_DESC *desc);
+
+/// Creates an empty descriptor for the registered table \p table, named by
+/// \p name (1153: none), with room for \p maxRows rows. Null when the table
+/// is unknown ("QEL_Create: Could not find table %s" is logged), or when
+/// memory runs out or maxRows is negative or too large (debug line only).
+QEL_API QEL_DESC *QEL_Create(services::user::Session *session,
+                             GS_TokenValues table, GS_TokenValues name,
+                             int maxRows, std::uint8_t consoleFormat);
+/// Appends \p child (and the chain it heads) at the end of \p head's chain.
+QEL_API void QEL_link(QEL_DESC *head, QEL_DESC *child);
+/// The descriptor's allocSize.
+QEL_API int QEL_HowBig(QEL_DESC *desc);
+/// Releases the chain that \p head starts, its owned texts and nested
+/// descriptors. Null is ignored (debug line).
+QEL_API void QEL_Free(QEL_DESC *head);
+/// Sets the print flag (and the draw flag when \p alsoDraw) of the first
+/// column whose keyword is \p column; nothing when there is none.
+QEL_API void QEL_SetColumnPrint(QEL_DESC *desc, GS_TokenValues column,
+                                std::uint8_t value, bool alsoDraw);
+/// Shows the first column whose keyword is \p oldKeyword under
+/// \p newKeyword. The match is always on the original keyword.
+QEL_API void QEL_RenameColumnKeyword(QEL_DESC *desc,
+                                     services::user::Session *session,
+                                     GS_TokenValues oldKeyword,
+                                     GS_TokenValues newKeyword);
+
+/// Stores a value in cell (\p row, \p column) by the column's type, without
+/// checking the caller's idea of it: numbers go into number cells, texts are
+/// copied, nested descriptors are taken over. A number for a column that
+/// holds pointers is reported and not stored (0 counts as a null pointer).
+QEL_API void QEL_FillColumn(services::user::Session *session, QEL_DESC *desc,
+                            int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumn(services::user::Session *session, QEL_DESC *desc,
+                            int column, int row, int value);
+QEL_API void QEL_FillColumn(services::user::Session *session, QEL_DESC *desc,
+                            int column, int row, const void *value);
+
+/// Typed fills: each reports a column of another type ("Invalid QEL Type
+/// (...)" through assertEngOnly) and then stores the value by the column's
+/// real type; a number for a pointer column is not stored.
+QEL_API void QEL_FillColumnHex8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);
+QEL_API void QEL_FillColumnHex32(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnU8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);
+QEL_API void QEL_FillColumnU32(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnString(services::user::Session *session, QEL_DESC *desc, int column, int row, const char *value);
+QEL_API void QEL_FillColumnQEL(services::user::Session *session, QEL_DESC *desc, int column, int row, QEL_DESC *value);
+/// Stores the value's integer part, saturated to 0..4294967295.
+QEL_API void QEL_FillColumnDouble(services::user::Session *session, QEL_DESC *desc, int column, int row, double value);
+QEL_API void QEL_FillColumnEnum(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnEnumToken(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnIndex(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnU64(services::user::Session *session, QEL_DESC *desc, int column, int row, const char *value);
+QEL_API void QEL_FillColumnI32(services::user::Session *session, QEL_DESC *desc, int column, int row, std::int32_t value);
+/// Copies exactly the property's size in bytes from \p value.
+QEL_API void QEL_FillColumnHexString(services::user::Session *session, QEL_DESC *desc, int column, int row, const std::uint8_t *value);
+QEL_API void QEL_FillColumnU16(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint16_t value);
+/// Copies exactly the property's size in bytes from \p value.
+QEL_API void QEL_FillColumnStringN(services::user::Session *session, QEL_DESC *desc, int column, int row, const char *value);
+QEL_API void QEL_FillColumnBlocks(services::user::Session *session, QEL_DESC *desc, int column, int row, const char *value);
+QEL_API void QEL_FillColumnBlocks2Bytes(services::user::Session *session, QEL_DESC *desc, int column, int row, const char *value);
+QEL_API void QEL_FillColumnDateTime(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+QEL_API void QEL_FillColumnTime(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
+
+/// Fills \p order (numRows entries) with the rows in print order, sorted on
+/// the table's last sort column; stable; cells are not moved.
+QEL_API void SORTOutput(QEL_DESC *desc, int *order);
+/// Compares two cells of a sort column: negative, 0 (equal or not
+/// comparable) or positive.
+QEL_API int QEL_compare(SortType sortType, ColumnDataType type, QEL_CELL a,
+                        QEL_CELL b);
+
+#endif

@@ -1,0 +1,57 @@
+// Internal header of the library: not installed, not part of its interface.
+#ifndef QEL_INTERNAL_H
+#define QEL_INTERNAL_H
+
+#include <platform/streams.h>
+#include <qel/cli_qel.h>
+#include <qel/fieldnames/fieldnames.h>
+
+namespace qel_detail {
+
+/// Text for a "%s" argument: never null.
+inline const char *text(const char *s) { return s ? s : ""; }
+
+/// The keyword text of a token for messages: "" when it has none.
+inline const char *keywordText(unsigned token) {
+  return text(strings::GS.toString(token));
+}
+
+/// The cell (row, column) of a descriptor.
+inline QEL_CELL &cellAt(QEL_DESC *desc, int row, int column) {
+  return desc->cells[static_cast<long>(row) * desc->maxColumns + column];
+}
+
+/// Whether cells of \p type hold pointers rather than numbers.
+inline bool holdsPointer(ColumnDataType type) {
+  switch (type) {
+  case COLTYPE_STRING:
+  case COLTYPE_STRING_N:
+  case COLTYPE_HEX_STRING:
+  case COLTYPE_U64:
+  case COLTYPE_BLOCKS:
+  case COLTYPE_BLOCKS2BYTES:
+  case COLTYPE_QEL:
+    return true;
+  default:
+    return false;
+  }
+}
+
+/// A put stream over inline storage of N bytes: a scratch stream that costs
+/// no allocation. It behaves as a utility::BufferStream of N bytes.
+template <int N> class ScratchStream : public utility::PutStream {
+public:
+  ScratchStream() {
+    capacity = N;
+    pData = m_storage;
+    m_storage[0] = '\0';
+  }
+  ~ScratchStream() override { pData = nullptr; } // storage is not the heap's
+
+private:
+  char m_storage[N + 1];
+};
+
+} // namespace qel_detail
+
+#endif
