@@ -7,6 +7,7 @@
 #include <platform/framework.h>
 #include <platform/helpers.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -51,21 +52,29 @@ bool storeText(QEL_DESC *desc, int column, int row, const char *value,
 }
 
 // STRING_N and HEX_STRING: exactly the property's size in bytes, then NUL.
+// A null value stores the placeholder " " padded with NULs to the same
+// length, so readers that take `size` bytes never run past the copy.
 bool storeFixed(QEL_DESC *desc, int column, int row, const char *value) {
-  if (!value)
-    return storeText(desc, column, row, nullptr,
-                     "QEL_FillColumn: COLTYPE_STRING_N or HEX_STRING. data=0 "
-                     "tableID=%s columnID=%s col=%d row=%d");
   const PropertyMetaData *p =
       column < desc->numColumns ? desc->pColumns[column].pProperty : nullptr;
   const std::size_t size = p && p->size > 0 ? static_cast<std::size_t>(p->size) : 0;
-  char *copy = static_cast<char *>(framework::Memory::StaticAlloc(size + 1));
+  if (!value)
+    logErrorPrint("QEL_FillColumn: COLTYPE_STRING_N or HEX_STRING. data=0 "
+                  "tableID=%s columnID=%s col=%d row=%d",
+                  tableName(desc), columnName(desc, column), column, row);
+  const std::size_t length = value ? size + 1 : std::max<std::size_t>(size + 1, 2);
+  char *copy = static_cast<char *>(framework::Memory::StaticAlloc(length));
   if (!copy) {
     logErrorPrint("QEL_FillColumn():: malloc failed");
     return false;
   }
-  std::memcpy(copy, value, size);
-  copy[size] = '\0';
+  if (value) {
+    std::memcpy(copy, value, size);
+    copy[size] = '\0';
+  } else {
+    std::memset(copy, 0, length);
+    copy[0] = ' ';
+  }
   replaceCopy(cellAt(desc, row, column), copy);
   return true;
 }

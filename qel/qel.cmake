@@ -36,10 +36,16 @@ target_sources(qel PRIVATE
   ${Q}/fieldnames/fieldnames.cpp
   ${Q}/metadata/library_decoders.cpp
   ${Q}/metadata/meta_data_db.cpp
+  ${Q}/renderers/renderer.cpp
+  ${Q}/renderers/cli_ConsoleRenderer.cpp
+  ${Q}/renderers/cli_XMLRenderer.cpp
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 
 install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
+install(FILES ${Q}/renderers/renderer.h ${Q}/renderers/cli_ConsoleRenderer.h
+  ${Q}/renderers/cli_XMLRenderer.h
+  DESTINATION ${QEL_HEADER_DIR}/qel/renderers)
 install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
   DESTINATION ${QEL_HEADER_DIR}/qel/metadata)
 install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h

@@ -19,5 +19,8 @@
 #include <qel/fieldnames/fieldnames.h>
 #include <qel/metadata/catalogue_arrays.h>
 #include <qel/metadata/meta_data_db.h>
+#include <qel/renderers/cli_ConsoleRenderer.h>
+#include <qel/renderers/cli_XMLRenderer.h>
+#include <qel/renderers/renderer.h>
 
 #endif

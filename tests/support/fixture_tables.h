@@ -1,6 +1,6 @@
-// Test support: a hand-made table with one column of every data type,
-// registered under a basetype that the catalogue leaves free (`spares`), so
-// fills and renderers can be tested type by type.
+// Test support: hand-made tables registered under basetypes that the
+// catalogue leaves free: one column of every data type (`spares`), and small
+// tables whose outputs are easy to state exactly.
 #ifndef QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 #define QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 
@@ -33,13 +33,52 @@ inline PropertyMetaData typeTable[19] = {
     {tGSdata_2Dread, 10, COLTYPE_BLOCKS2BYTES, tGSnone, tGSnone, true, true, false, true, false, SORT_STRING, nullptr},
 };
 
+// Small tables for layout tests; their labels are the dictionary's.
+#define QEL_FIXTURE_COLUMN(keyword, size, type, flags)                          \
+  {keyword, size, type, tGSnone, tGSnone, (flags & 1) != 0, (flags & 2) != 0, false, \
+   (flags & 4) != 0, false, SORT_STRING, nullptr}
+constexpr int PD = 3, PDW = 7;
+
+/// `snmp-users`: Name (STRING 10), Slot (U32 6).
+inline PropertyMetaData twoColumns[2] = {
+    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+/// `snap-shot-parameters`: Name, Vendor, Model (STRING 8 each).
+inline PropertyMetaData threeColumns[3] = {
+    QEL_FIXTURE_COLUMN(tGSname, 8, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSvendor, 8, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSmodel, 8, COLTYPE_STRING, PD)};
+/// `managed-logs`: Name (STRING 10), Unhealthy Component (QEL), Slot (U32 6).
+inline PropertyMetaData nestTable[3] = {
+    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, PD),
+    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+/// `copy-volume-status`: Timestamp (STRING 25, tracked), Description
+/// (STRING 3), Slot (U32 6).
+inline PropertyMetaData trackTable[3] = {
+    QEL_FIXTURE_COLUMN(tGStime_2Dstamp, 25, COLTYPE_STRING, PDW),
+    QEL_FIXTURE_COLUMN(tGSdescription, 3, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+/// `host-group-view-mappings`: Name (STRING 10), Size (BLOCKS 10).
+inline PropertyMetaData blocksTable[2] = {
+    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
+    {tGSsize, 10, COLTYPE_BLOCKS, tGSnone, tGSnone, true, true, false, false, false, SORT_SIZE,
+     nullptr}};
+#undef QEL_FIXTURE_COLUMN
+
 /// Starts the library and registers the fixture tables once per process.
 inline void registerFixtureTables() {
   static std::once_flag once;
   std::call_once(once, [] {
     startLibrary();
-    TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)
-        ->addTable(tGSspares, typeTable, 19, true, pGSnone, pGSnone, pGSnone);
+    TableMetaDataManager *r = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);
+    r->addTable(tGSspares, typeTable, 19, true, pGSnone, pGSnone, pGSnone);
+    r->addTable(tGSsnmp_2Dusers, twoColumns, 2, true, pGSnone, pGSnone, pGSnone);
+    r->addTable(tGSsnap_2Dshot_2Dparameters, threeColumns, 3, true, pGSnone, pGSnone, pGSnone);
+    r->addTable(tGSmanaged_2Dlogs, nestTable, 3, true, pGSnone, pGSnone, pGSnone);
+    r->addTable(tGScopy_2Dvolume_2Dstatus, trackTable, 3, true, pGSnone, pGSnone, pGSnone);
+    r->addTable(tGShost_2Dgroup_2Dview_2Dmappings, blocksTable, 2, true, pGSnone, pGSnone,
+                pGSnone);
   });
 }
 

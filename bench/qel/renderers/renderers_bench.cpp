@@ -1,0 +1,45 @@
+// Rendering 10,000 volumes rows to the console and as an XML API body.
+#include "support/bench_support.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using services::user::Preferences;
+
+template <typename R> void render(benchmark::State &state, Preferences::OutputType type) {
+  const int rows = static_cast<int>(state.range(0));
+  utility::BufferStream out(256 << 20);
+  services::user::Session session(out);
+  session.getPreferences().setOutputFormat(type);
+  session.getContext().setScreenWidth(200);
+  QEL_DESC *d = qelbench::volumes(&session, rows);
+  auto once = [&] {
+    out.Rewind();
+    d->printed = 0;
+    R renderer(&session);
+    renderer.PrintTable(d, 0, 0);
+  };
+  const long allocations = qelbench::allocationsOf(once);
+  long bytes = 0;
+  for (auto _ : state) {
+    once();
+    bytes += out.ReadAvailable();
+  }
+  state.SetItemsProcessed(state.iterations() * rows);
+  state.SetBytesProcessed(bytes);
+  state.counters["allocs/print"] = static_cast<double>(allocations);
+  QEL_Free(d);
+}
+
+void BM_RenderConsole(benchmark::State &state) {
+  render<ConsoleRenderer>(state, Preferences::OUTPUT_CONSOLE);
+}
+BENCHMARK(BM_RenderConsole)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+void BM_RenderXmlApi(benchmark::State &state) {
+  render<XMLRenderer>(state, Preferences::OUTPUT_API);
+}
+BENCHMARK(BM_RenderXmlApi)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,73 @@
+// Benchmark support: library start-up, a filled volumes table, and a count
+// of heap allocations (operator new and framework::Memory) for one untimed
+// run of a piece of work.
+#ifndef QEL_BENCH_SUPPORT_H
+#define QEL_BENCH_SUPPORT_H
+
+#include <qel/qel.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+namespace qelbench {
+
+inline std::atomic<long> &newCalls() {
+  static std::atomic<long> calls{0};
+  return calls;
+}
+
+inline void start() {
+  static bool started = [] {
+    init_FieldNames();
+    init_LocaleFieldNames();
+    initGSables();
+    return true;
+  }();
+  (void)started;
+}
+
+/// A volumes table of \p rows rows with every column filled the way a
+/// command handler fills it (fixed values, deterministic).
+inline QEL_DESC *volumes(services::user::Session *s, int rows) {
+  start();
+  QEL_DESC *d = QEL_Create(s, tGSvolumes, tGSvolume, rows, 0);
+  char text[64];
+  for (int r = 0; r < rows; ++r) {
+    for (int c = 0; c < d->numColumns; ++c) {
+      switch (d->pColumns[c].pProperty->type) {
+      case COLTYPE_STRING:
+        std::snprintf(text, sizeof text, "%s-%06d",
+                      strings::GS.toString(d->pColumns[c].keywordId), r);
+        QEL_FillColumnString(s, d, c, r, text);
+        break;
+      case COLTYPE_BLOCKS:
+      case COLTYPE_U64:
+        std::snprintf(text, sizeof text, "%d", 2097152 + 4096 * r);
+        QEL_FillColumn(s, d, c, r, static_cast<const void *>(text));
+        break;
+      case COLTYPE_ENUM:
+        QEL_FillColumnEnum(s, d, c, r, static_cast<unsigned>(r % 2));
+        break;
+      case COLTYPE_U32:
+        QEL_FillColumnU32(s, d, c, r, static_cast<unsigned>(r));
+        break;
+      default:
+        break;
+      }
+    }
+  }
+  return d;
+}
+
+/// Heap allocations (operator new plus framework::Memory) made by \p work.
+template <typename F> long allocationsOf(F work) {
+  long before = newCalls().load() + framework::Memory::totalAllocations();
+  work();
+  return newCalls().load() + framework::Memory::totalAllocations() - before;
+}
+
+} // namespace qelbench
+
+#endif
