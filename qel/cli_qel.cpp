@@ -1,6 +1,10 @@
 // Descriptor life cycle (create, link, size, adjust, free) and row sorting.
 #include <qel/cli_qel.h>
 #include <qel/internal.h>
+#include <qel/renderers/cli_ConsoleRenderer.h>
+#include <qel/renderers/cli_JSONRenderer.h>
+#include <qel/renderers/cli_TagRenderer.h>
+#include <qel/renderers/cli_XMLRenderer.h>
 
 #include <platform/debug.h>
 #include <platform/framework.h>
@@ -365,5 +369,127 @@ void SORTOutput(QEL_DESC *desc, int *order) {
     for (; j > 0 && QEL_compare(sortType, type, cell(order[j - 1]), cell(key)) > 0; --j)
       order[j] = order[j - 1];
     order[j] = key;
+  }
+}
+
+// --- Print dispatch ---------------------------------------------------------
+
+namespace {
+
+constexpr unsigned kDebugPrint = 1193;
+
+const char kXmlDeclaration[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
+
+const char kDtd[] =
+    "<!DOCTYPE RESPONSE [\n"
+    "<!--- Response Element. Echoes the request back -->\n"
+    "<!ELEMENT RESPONSE (ASC|COMP|OBJECT|LOG_CONTENT)*>\n"
+    "<!ATTLIST RESPONSE VERSION CDATA #IMPLIED request CDATA #IMPLIED>\n"
+    "<!--- Object Definition. Essentially the object can only contain properties. "
+    "OID is unique per object only in each request -->\n"
+    "<!ELEMENT OBJECT (PROPERTY|OBJECT)*>\n"
+    "<!ATTLIST OBJECT oid CDATA #REQUIRED name CDATA #IMPLIED basetype CDATA #IMPLIED "
+    "format (pairs|rows|packed|labeled|status) #IMPLIED >\n"
+    "<!--- Property definition -->\n"
+    "<!ELEMENT PROPERTY (#PCDATA)>\n"
+    "<!ATTLIST PROPERTY \n"
+    "    display-name CDATA #IMPLIED \n"
+    "    draw (true|false) #IMPLIED \n"
+    "    size CDATA #IMPLIED \n"
+    "    type (string|uint8|uint16|uint32|uint64|int8|int16|int32|int64|bool|enum) #IMPLIED \n"
+    "    key (true|false) #IMPLIED \n"
+    "    name CDATA #REQUIRED\n"
+    "    units CDATA #IMPLIED\n"
+    "    blocksize CDATA #IMPLIED\n"
+    ">\n"
+    "<!--- Composition, P is the part component, G is the grouping component -->\n"
+    "<!ELEMENT COMP EMPTY>\n"
+    "<!ATTLIST COMP P IDREF #REQUIRED G IDREF #REQUIRED>\n"
+    "  <!--- Simple Association, A and B are the oids of the Objects -->\n"
+    "<!ELEMENT ASC EMPTY>\n"
+    "<!ATTLIST ASC A IDREF #REQUIRED B IDREF #REQUIRED>\n"
+    "<!ELEMENT LOG_CONTENT (#PCDATA)>\n"
+    "] >\n";
+
+void debugPrint(const char *line) {
+  if (IsDebugOn(kDebugPrint))
+    logDebugPrint("%s", line);
+}
+
+} // namespace
+
+const char *getDTDString() { return kDtd; }
+
+void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
+                    utility::PutStream &stream, bool includeDtd,
+                    bool includeXmlDeclaration, const char *request) {
+  if (!session)
+    return;
+  using services::user::Preferences;
+  const Preferences::OutputType type = session->getPreferences().getOutputFormat();
+  stream.setSilentTruncation(true);
+  debugPrint("QEL_Print_Data: Enter");
+  switch (type) {
+  case Preferences::OUTPUT_TAG: {
+    stream.PutS(kXmlDeclaration);
+    stream.PutS("<!-- This format is deprecated and will not be available in future "
+                "versions-->\n");
+    stream.PutS("<data>\n");
+    TagRenderer(session).PrintTable(head, 0, 0);
+    stream.PutS("</data>\n");
+    break;
+  }
+  case Preferences::OUTPUT_API:
+  case Preferences::OUTPUT_API_BRIEF:
+  case Preferences::OUTPUT_XML2:
+  case Preferences::OUTPUT_XML2_BRIEF: {
+    if (includeXmlDeclaration)
+      stream.PutS(kXmlDeclaration);
+    if (includeDtd)
+      stream.PutS(kDtd);
+    stream.PutF("<RESPONSE VERSION=\"%s\"", "L100");
+    if (request && *request) {
+      stream.PutS(" REQUEST=\"");
+      Renderer::convertBuffer(stream, request);
+      stream.PutC('"');
+    }
+    stream.PutS(">\n");
+    XMLRenderer(session).PrintTable(head, 0, 0);
+    stream.PutS("</RESPONSE>\n");
+    break;
+  }
+  case Preferences::OUTPUT_JSON:
+  case Preferences::OUTPUT_JSON_ALT: {
+    stream.PutS("new APIData([");
+    JSONRenderer(session).PrintTable(head, 0, 0);
+    stream.PutS("\n])\n");
+    break;
+  }
+  case Preferences::OUTPUT_CONSOLE: {
+    debugPrint("QEL_Print_Data: Printing with ConsoleRenderer");
+    if (includeDtd) {
+      ConsoleRenderer renderer(session, stream);
+      debugPrint("QEL_Print_Data: Printing Table");
+      renderer.PrintTable(head, 0, 0);
+    } else {
+      ConsoleRenderer renderer(session);
+      debugPrint("QEL_Print_Data: Printing Table");
+      renderer.PrintTable(head, 0, 0);
+    }
+    stream.PutS("\n");
+    break;
+  }
+  default: {
+    const char *text = keywordText(type);
+    framework::Logger::StaticLogMethod(
+        0,
+        "void QEL_Print_Data(QEL_DESC*, services::user::Session*, "
+        "utility::PutStream&, bool, bool, const char*)",
+        648, "ERROR: Unrecognized output format %d (%s)", static_cast<int>(type), text);
+    stream.PutF("Error: Unrecognized output format (line - %d)type %d (%s)\n", 649,
+                static_cast<int>(type), text);
+    break;
+  }
   }
 }

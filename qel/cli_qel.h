@@ -19,6 +19,10 @@
 
 #include <cstdint>
 
+namespace utility {
+class PutStream;
+}
+
 /// A cell: a 32-bit number or a pointer, by the column's type.
 using QEL_CELL = std::uintptr_t;
 
@@ -135,5 +139,17 @@ QEL_API void SORTOutput(QEL_DESC *desc, int *order);
 /// comparable) or positive.
 QEL_API int QEL_compare(SortType sortType, ColumnDataType type, QEL_CELL a,
                         QEL_CELL b);
+
+/// Prints the chain that \p head starts in the session's output type: the
+/// document envelope goes to \p stream (switched to silent truncation), the
+/// tables to the session's output stream, or to \p stream for the console
+/// when \p includeDtd is set. \p includeDtd and \p includeXmlDeclaration
+/// add the DTD and the XML declaration to XML API documents; \p request
+/// (null or empty: none) is echoed in their REQUEST attribute.
+QEL_API void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
+                            utility::PutStream &stream, bool includeDtd,
+                            bool includeXmlDeclaration, const char *request);
+/// The DTD that may precede an XML API document's RESPONSE element.
+QEL_API const char *getDTDString();
 
 #endif

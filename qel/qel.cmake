@@ -39,12 +39,15 @@ target_sources(qel PRIVATE
   ${Q}/renderers/renderer.cpp
   ${Q}/renderers/cli_ConsoleRenderer.cpp
   ${Q}/renderers/cli_XMLRenderer.cpp
+  ${Q}/renderers/cli_TagRenderer.cpp
+  ${Q}/renderers/cli_JSONRenderer.cpp
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 
 install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
 install(FILES ${Q}/renderers/renderer.h ${Q}/renderers/cli_ConsoleRenderer.h
-  ${Q}/renderers/cli_XMLRenderer.h
+  ${Q}/renderers/cli_XMLRenderer.h ${Q}/renderers/cli_TagRenderer.h
+  ${Q}/renderers/cli_JSONRenderer.h
   DESTINATION ${QEL_HEADER_DIR}/qel/renderers)
 install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
   DESTINATION ${QEL_HEADER_DIR}/qel/metadata)

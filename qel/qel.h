@@ -20,6 +20,8 @@
 #include <qel/metadata/catalogue_arrays.h>
 #include <qel/metadata/meta_data_db.h>
 #include <qel/renderers/cli_ConsoleRenderer.h>
+#include <qel/renderers/cli_JSONRenderer.h>
+#include <qel/renderers/cli_TagRenderer.h>
 #include <qel/renderers/cli_XMLRenderer.h>
 #include <qel/renderers/renderer.h>
 

@@ -20,6 +20,9 @@ inline std::atomic<long> &newCalls() {
 
 inline void start() {
   static bool started = [] {
+    // Benchmarks measure output, not diagnostics: keep log lines (such as
+    // the tag renderer's missing-element reports) off the terminal.
+    framework::Logger::setSink([](const framework::LogRecord &) {});
     init_FieldNames();
     init_LocaleFieldNames();
     initGSables();

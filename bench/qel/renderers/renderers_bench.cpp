@@ -43,3 +43,41 @@ void BM_RenderXmlApi(benchmark::State &state) {
 BENCHMARK(BM_RenderXmlApi)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 } // namespace
+
+namespace {
+
+// The whole print entry for each output type, 10,000 volumes rows.
+void BM_PrintData(benchmark::State &state) {
+  const auto type = static_cast<Preferences::OutputType>(state.range(0));
+  const int rows = static_cast<int>(state.range(1));
+  utility::BufferStream out(256 << 20);
+  services::user::Session session(out);
+  session.getPreferences().setOutputFormat(type);
+  session.getContext().setScreenWidth(200);
+  QEL_DESC *d = qelbench::volumes(&session, rows);
+  auto once = [&] {
+    out.Rewind();
+    d->printed = 0;
+    QEL_Print_Data(d, &session, out, true, true, "show volumes");
+  };
+  const long allocations = qelbench::allocationsOf(once);
+  long bytes = 0;
+  for (auto _ : state) {
+    once();
+    bytes += out.ReadAvailable();
+  }
+  state.SetLabel(strings::GS.toString(type));
+  state.SetItemsProcessed(state.iterations() * rows);
+  state.SetBytesProcessed(bytes);
+  state.counters["allocs/print"] = static_cast<double>(allocations);
+  QEL_Free(d);
+}
+BENCHMARK(BM_PrintData)
+    ->ArgsProduct({{Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,
+                    Preferences::OUTPUT_API_BRIEF, Preferences::OUTPUT_XML2,
+                    Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
+                    Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG},
+                   {10000}})
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
