@@ -23,6 +23,7 @@ target_sources(qel PRIVATE
   ${D}/helpers.cpp
   ${D}/keywords.cpp
   ${D}/locale.cpp
+  ${D}/service.cpp
   ${D}/streams.cpp
   ${D}/user.cpp
   ${GEN}/gs_tokens.cpp
@@ -32,6 +33,6 @@ target_sources(qel PRIVATE
 
 install(FILES
   ${D}/debug.h ${D}/export.h ${D}/framework.h ${D}/helpers.h ${D}/keywords.h
-  ${D}/locale.h ${D}/streams.h ${D}/user.h
+  ${D}/locale.h ${D}/service.h ${D}/streams.h ${D}/user.h
   ${GEN}/gs_tokens.h ${GEN}/decoders.h
   DESTINATION ${QEL_HEADER_DIR}/platform)

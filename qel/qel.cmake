@@ -36,6 +36,8 @@ target_sources(qel PRIVATE
   ${Q}/fieldnames/fieldnames.cpp
   ${Q}/metadata/library_decoders.cpp
   ${Q}/metadata/meta_data_db.cpp
+  ${Q}/metadata/meta_data_render.cpp
+  ${Q}/service/qel_Qel.cpp
   ${Q}/renderers/renderer.cpp
   ${Q}/renderers/cli_ConsoleRenderer.cpp
   ${Q}/renderers/cli_XMLRenderer.cpp
@@ -49,6 +51,7 @@ install(FILES ${Q}/renderers/renderer.h ${Q}/renderers/cli_ConsoleRenderer.h
   ${Q}/renderers/cli_XMLRenderer.h ${Q}/renderers/cli_TagRenderer.h
   ${Q}/renderers/cli_JSONRenderer.h
   DESTINATION ${QEL_HEADER_DIR}/qel/renderers)
+install(FILES ${Q}/service/qel_Qel.h DESTINATION ${QEL_HEADER_DIR}/qel/service)
 install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
   DESTINATION ${QEL_HEADER_DIR}/qel/metadata)
 install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h

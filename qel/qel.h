@@ -11,6 +11,7 @@
 #include <platform/helpers.h>
 #include <platform/keywords.h>
 #include <platform/locale.h>
+#include <platform/service.h>
 #include <platform/streams.h>
 #include <platform/user.h>
 
@@ -24,5 +25,6 @@
 #include <qel/renderers/cli_TagRenderer.h>
 #include <qel/renderers/cli_XMLRenderer.h>
 #include <qel/renderers/renderer.h>
+#include <qel/service/qel_Qel.h>
 
 #endif

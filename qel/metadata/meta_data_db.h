@@ -184,4 +184,10 @@ private:
 /// Registers the whole catalogue (generated from the catalogue source).
 QEL_API void initGSables();
 
+/// The metadata command: writes the definitions of the tables named by
+/// \p which (null, "all", "wbi", a basetype, or basetypes separated by
+/// commas) to the session's output stream, in the session's output type and
+/// with labels in the session's locale. Returns 0.
+QEL_API int cli_metaHandler(services::user::Session *session, const char *which);
+
 #endif

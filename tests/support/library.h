@@ -1,6 +1,5 @@
-// Test support: builds the dictionary and registers the catalogue once per
-// test process, as the output service's start-up does, and keeps the log
-// lines that start-up wrote.
+// Test support: runs the library's start-up (QEL_Start) once per test
+// process and keeps the log lines that it wrote.
 #ifndef QEL_TESTS_SUPPORT_LIBRARY_H
 #define QEL_TESTS_SUPPORT_LIBRARY_H
 
@@ -22,9 +21,7 @@ inline void startLibrary() {
   static std::once_flag once;
   std::call_once(once, [] {
     LogCapture log;
-    init_FieldNames();
-    init_LocaleFieldNames();
-    initGSables();
+    QEL_Start();
     startupLog() = log.texts(LogCapture::Route::Log);
   });
 }

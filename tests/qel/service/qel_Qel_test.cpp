@@ -1,0 +1,131 @@
+// The output service: load-time factory, construction running start-up once,
+// status order on start-up, and finding the running instance.
+#include "support/library.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using qeltest::LogCapture;
+using services::qel::Qel;
+
+// Forget any service a previous test built in this process.
+void resetContainer() {
+  framework::Container::getContainer()->removeService(pGSQel);
+  Qel::m_Qel.store(nullptr);
+}
+
+TEST(QelService, GetQelWithoutTheServiceLogsAndThrows) {
+  resetContainer();
+  LogCapture log;
+  framework::Exception *error = nullptr;
+  try {
+    Qel::getQel();
+  } catch (framework::Exception *e) {
+    error = e;
+  }
+  ASSERT_NE(error, nullptr);
+  std::unique_ptr<framework::Exception> owned(error);
+  EXPECT_EQ(error->code(), 1231u);
+  EXPECT_STREQ(error->message(), "Qel Not Available");
+  EXPECT_STREQ(error->file(), "qel_Qel");
+  EXPECT_STREQ(error->function(), "static services::qel::Qel& services::qel::Qel::getQel()");
+  EXPECT_TRUE(error->flag());
+  ASSERT_EQ(log.records.size(), 1u);
+  EXPECT_EQ(log.records[0].text, "Unable to find Qel Service.");
+  EXPECT_EQ(log.records[0].type, 0);
+  EXPECT_STREQ(log.records[0].function, error->function());
+  EXPECT_GT(log.records[0].line, 0);
+  EXPECT_EQ(Qel::m_Qel.load(), nullptr) << "a failure is not cached";
+}
+
+TEST(QelService, TheLibraryRegistersOneFactoryAtLoad) {
+  ASSERT_NE(services::qel::pFactoryQel, nullptr);
+  EXPECT_EQ(services::qel::pFactoryQel->builder(), &services::qel::BuildQel);
+  EXPECT_EQ(services::qel::pFactoryQel->name(), pGSQel);
+  EXPECT_EQ(framework::Container::getContainer()->findFactory("Qel"), services::qel::pFactoryQel);
+}
+
+TEST(QelService, ConstructionBuildsTheTablesOnce) {
+  resetContainer();
+  LogCapture log;
+  framework::Service *service = framework::Container::getContainer()->buildService(pGSQel);
+  ASSERT_NE(service, nullptr);
+  EXPECT_EQ(framework::Container::getContainer()->buildService(pGSQel), service);
+  // Usable before Startup: the dictionary and the registry answer.
+  EXPECT_STREQ(getConsoleLabel(tGSserial_2Dnumber, 0, LOCALE_EN), "Serial Number");
+  EXPECT_NE(TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes),
+            nullptr);
+  const std::size_t startupLines = log.records.size();
+  EXPECT_EQ(startupLines, 11u) << "the eleven basetypes without a table index";
+
+  // A second service object runs start-up again: nothing changes.
+  TableMetaData *volumes =
+      TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
+  std::unique_ptr<framework::Service> second(services::qel::BuildQel(pGSQel));
+  QEL_Start();
+  EXPECT_EQ(log.records.size(), startupLines);
+  EXPECT_EQ(TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes),
+            volumes);
+}
+
+TEST(QelService, StartupSetsReadyBeforeTheFrameworkStartsIt) {
+  struct Recording : Qel {
+    std::vector<std::string> events;
+    Recording() : Qel(pGSQel) {}
+    void setStatus(char const *status) override {
+      events.push_back(std::string("status ") + status);
+      Qel::setStatus(status);
+    }
+    void Announce() override { events.push_back("framework start-up"); }
+  } service;
+  EXPECT_TRUE(service.Startup());
+  EXPECT_EQ(service.events,
+            (std::vector<std::string>{"status Ready", "framework start-up"}));
+  EXPECT_STREQ(service.ServiceStatus(), "Ready");
+  EXPECT_TRUE(service.isStarted());
+  EXPECT_TRUE(service.Shutdown());
+  EXPECT_FALSE(service.isStarted());
+  EXPECT_STREQ(getConsoleLabel(tGSvolumes, 0, LOCALE_EN), "Volumes") << "still built";
+}
+
+TEST(QelService, FrameworkSlotsAndServiceInfo) {
+  resetContainer();
+  framework::Service *service = framework::Container::getContainer()->buildService(pGSQel);
+  const framework::ServiceInfoData *info = service->serviceInfo();
+  EXPECT_EQ(info, &Qel::m_serviceInfoData);
+  EXPECT_EQ(info->values[0], 635u);
+  EXPECT_EQ(info->values[1], 635u);
+  EXPECT_EQ(info->values[2], 1981u);
+  EXPECT_EQ(service->clone(), nullptr);
+  EXPECT_STREQ(service->getNameString(), "Qel");
+  EXPECT_EQ(service->getName(), tGSQel);
+  utility::BufferStream out(16);
+  service->information(out, 0, true);
+  service->threadsInformation(out, 0, true);
+  EXPECT_EQ(out.ReadAvailable(), 0);
+  framework::Entity entity;
+  EXPECT_EQ(entity.getName(), 367u);
+  EXPECT_STREQ(entity.getNameString(), "Entity");
+  entity.setError("failed %d", 3);
+  EXPECT_TRUE(entity.inError());
+  EXPECT_STREQ(entity.ErrorMessage(), "failed 3");
+}
+
+TEST(QelService, GetQelAsksTheContainerOnce) {
+  resetContainer();
+  framework::Container *container = framework::Container::getContainer();
+  framework::Service *service = container->buildService(pGSQel);
+  const long before = container->lookupCount();
+  Qel &a = Qel::getQel();
+  Qel &b = Qel::getQel();
+  EXPECT_EQ(&a, service);
+  EXPECT_EQ(&a, &b);
+  EXPECT_EQ(container->lookupCount() - before, 1);
+}
+
+} // namespace
