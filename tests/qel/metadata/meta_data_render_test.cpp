@@ -208,7 +208,10 @@ TEST_F(Meta, LabelsInTheSessionsLocaleWhileOthersUseEnglish) {
   stop.store(true);
   other.join();
   de = saved;
-  EXPECT_NE(meta("events", Preferences::OUTPUT_API, LOCALE_DE).find(">Timestamp</PROPERTY>"),
+  const std::string restored =
+      std::string(">") + getConsoleLabel(tGStime_2Dstamp, tGSevents, LOCALE_DE) + "</PROPERTY>";
+  EXPECT_NE(meta("events", Preferences::OUTPUT_API, LOCALE_DE).find(restored), std::string::npos);
+  EXPECT_NE(meta("volumes", Preferences::OUTPUT_API, LOCALE_DE).find(">Durable ID</PROPERTY>"),
             std::string::npos)
       << "a field without German texts reads English";
 }
