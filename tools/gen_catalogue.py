@@ -179,12 +179,5 @@ def generate(keywords_path, decoders_path, catalogue_path, registrations_path, o
     genlib.write_if_changed(out_cpp, ''.join(c))
 
 
-def main(argv):
-    if len(argv) != 6:
-        print(__doc__, file=sys.stderr)
-        sys.exit(2)
-    generate(*argv)
-
-
 if __name__ == '__main__':
-    genlib.run(main)
+    genlib.run(generate, __doc__, 6)

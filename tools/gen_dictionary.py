@@ -330,12 +330,5 @@ void init_LocaleFieldNames() {
 '''
 
 
-def main(argv):
-    if len(argv) != 3:
-        print(__doc__, file=sys.stderr)
-        sys.exit(2)
-    generate(*argv)
-
-
 if __name__ == '__main__':
-    genlib.run(main)
+    genlib.run(generate, __doc__, 3)

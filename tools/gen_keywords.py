@@ -64,12 +64,5 @@ def generate(src, out_h, out_cpp):
     genlib.write_if_changed(out_cpp, ''.join(c))
 
 
-def main(argv):
-    if len(argv) != 3:
-        print(__doc__, file=sys.stderr)
-        sys.exit(2)
-    generate(*argv)
-
-
 if __name__ == '__main__':
-    genlib.run(main)
+    genlib.run(generate, __doc__, 3)

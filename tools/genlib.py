@@ -21,10 +21,16 @@ class GenError(Exception):
         super().__init__(f'{path}:{line}: error: {message}')
 
 
-def run(main):
-    """Runs a generator's main(argv), turning GenError into exit status 1."""
+def run(generate, usage, nargs, variadic=False):
+    """The entry point of a generator: calls generate(*argv) with exactly
+    nargs arguments (at least nargs when variadic), printing the usage and
+    exiting 2 otherwise, and turns GenError into exit status 1."""
+    argv = sys.argv[1:]
+    if len(argv) < nargs or (len(argv) > nargs and not variadic):
+        print(usage, file=sys.stderr)
+        sys.exit(2)
     try:
-        main(sys.argv[1:])
+        generate(*argv)
     except GenError as err:
         print(err, file=sys.stderr)
         sys.exit(1)
@@ -39,7 +45,7 @@ def cstring(text):
     """A C++ string literal for UTF-8 text; non-ASCII bytes as octal escapes
     so the generated sources are plain ASCII."""
     out = ['"']
-    for byte in text.encode('utf-8'):
+    for byte in text.encode('utf-8') if isinstance(text, str) else text:
         ch = chr(byte)
         if ch in '"\\':
             out.append('\\' + ch)
@@ -112,6 +118,6 @@ def read_keywords(path):
 def fnv1a(text):
     """32-bit FNV-1a of the UTF-8 bytes; the run-time lookup uses the same."""
     h = 2166136261
-    for byte in text.encode('utf-8'):
+    for byte in text.encode('utf-8') if isinstance(text, str) else text:
         h = ((h ^ byte) * 16777619) & 0xffffffff
     return h

@@ -1,6 +1,6 @@
 // Descriptor hot paths: filling a large volumes table, and sorting a million
 // rows on a text and on a number column.
-#include <qel/qel.h>
+#include "support/bench_support.h"
 
 #include <benchmark/benchmark.h>
 
@@ -11,44 +11,7 @@
 
 namespace {
 
-void start() {
-  static bool started = [] {
-    init_FieldNames();
-    init_LocaleFieldNames();
-    initGSables();
-    return true;
-  }();
-  (void)started;
-}
-
-// Fills every column of row \p r the way a volumes handler does.
-void fillVolume(services::user::Session *s, QEL_DESC *d, int r) {
-  char name[32], serial[40], blocks[24];
-  std::snprintf(name, sizeof name, "vol%06d", r);
-  std::snprintf(serial, sizeof serial, "00c0ff1b%024x", static_cast<unsigned>(r));
-  std::snprintf(blocks, sizeof blocks, "%d", 2097152 + r);
-  for (int c = 0; c < d->numColumns; ++c) {
-    switch (d->pColumns[c].pProperty->type) {
-    case COLTYPE_STRING:
-      QEL_FillColumnString(s, d, c, r, c == 3 ? name : serial);
-      break;
-    case COLTYPE_BLOCKS:
-      QEL_FillColumnBlocks(s, d, c, r, blocks);
-      break;
-    case COLTYPE_U64:
-      QEL_FillColumnU64(s, d, c, r, blocks);
-      break;
-    case COLTYPE_ENUM:
-      QEL_FillColumnEnum(s, d, c, r, static_cast<unsigned>(r % 3));
-      break;
-    case COLTYPE_U32:
-      QEL_FillColumnU32(s, d, c, r, static_cast<unsigned>(r));
-      break;
-    default:
-      break;
-    }
-  }
-}
+using qelbench::start;
 
 void BM_FillVolumes(benchmark::State &state) {
   start();
@@ -57,8 +20,9 @@ void BM_FillVolumes(benchmark::State &state) {
   services::user::Session session(out);
   for (auto _ : state) {
     QEL_DESC *d = QEL_Create(&session, tGSvolumes, tGSnone, rows, 0);
+    char text[64];
     for (int r = 0; r < rows; ++r)
-      fillVolume(&session, d, r);
+      qelbench::fillVolumeRow(&session, d, r, text);
     state.PauseTiming();
     QEL_Free(d);
     state.ResumeTiming();

@@ -262,7 +262,11 @@ void ConsoleRenderer::printPairs(QEL_DESC *d, const char *title, int indent) {
   }
 }
 
-void ConsoleRenderer::printPacked(QEL_DESC *d, int indent) {
+// Packed and status layouts: a line per row with the printed values one
+// after another, nested tables below the line that holds them. Packed cuts
+// each value to its column's size and follows it with a blank; status ends
+// the first value with ": ".
+void ConsoleRenderer::printValueLines(QEL_DESC *d, int indent, bool status) {
   for (int r = 0; r < d->numRows; ++r) {
     outputStream->Indent(indent);
     for (int c = 0; c < d->numColumns; ++c) {
@@ -276,15 +280,19 @@ void ConsoleRenderer::printPacked(QEL_DESC *d, int indent) {
         }
         continue;
       }
-      // The value is cut to the column's size.
-      Scratch &value = valueScratch(col.pProperty ? col.pProperty->size : 0);
+      Scratch &value = valueScratch(status ? 600 : col.pProperty ? col.pProperty->size : 0);
       FormatData(d, c, r, value, numericScratch(), false);
       outputStream->PutB(value.pTail(), value.ReadAvailable());
-      outputStream->PutC(' ');
+      if (!status)
+        outputStream->PutC(' ');
+      else if (c == 0)
+        outputStream->PutS(": ");
     }
     outputStream->PutC('\n');
   }
 }
+
+void ConsoleRenderer::printPacked(QEL_DESC *d, int indent) { printValueLines(d, indent, false); }
 
 void ConsoleRenderer::printLabeled(QEL_DESC *d, int indent) {
   const int tableId = static_cast<int>(d->tableId);
@@ -333,26 +341,4 @@ void ConsoleRenderer::printEmbeddedRows(QEL_DESC *d, int indent) {
     outputStream->PutNChar(width, '-');
 }
 
-void ConsoleRenderer::printStatus(QEL_DESC *d, int indent) {
-  for (int r = 0; r < d->numRows; ++r) {
-    outputStream->Indent(indent);
-    for (int c = 0; c < d->numColumns; ++c) {
-      const _QEL_COLUMN_DESC &col = d->pColumns[c];
-      if (col.print != 1)
-        continue;
-      if (isNested(d, c)) {
-        if (nestedAt(d, r, c)) {
-          outputStream->PutC('\n');
-          printNested(d, r, c, indent + 3);
-        }
-        continue;
-      }
-      Scratch &value = valueScratch(600);
-      FormatData(d, c, r, value, numericScratch(), false);
-      outputStream->PutB(value.pTail(), value.ReadAvailable());
-      if (c == 0)
-        outputStream->PutS(": ");
-    }
-    outputStream->PutC('\n');
-  }
-}
+void ConsoleRenderer::printStatus(QEL_DESC *d, int indent) { printValueLines(d, indent, true); }

@@ -32,6 +32,7 @@ private:
   void printLabeled(QEL_DESC *d, int indent);
   void printEmbeddedRows(QEL_DESC *d, int indent);
   void printStatus(QEL_DESC *d, int indent);
+  void printValueLines(QEL_DESC *d, int indent, bool status);
   void printNested(QEL_DESC *d, int row, int column, int indent);
 };
 

@@ -1,20 +1,12 @@
 // Registry lookups: getColumnType runs for every cell filled and printed,
 // getTable for every descriptor created.
-#include <qel/qel.h>
+#include "support/bench_support.h"
 
 #include <benchmark/benchmark.h>
 
 namespace {
 
-void start() {
-  static bool started = [] {
-    init_FieldNames();
-    init_LocaleFieldNames();
-    initGSables();
-    return true;
-  }();
-  (void)started;
-}
+using qelbench::start;
 
 void BM_GetColumnType(benchmark::State &state) {
   start();

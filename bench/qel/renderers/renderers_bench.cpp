@@ -7,8 +7,11 @@ namespace {
 
 using services::user::Preferences;
 
-template <typename R> void render(benchmark::State &state, Preferences::OutputType type) {
-  const int rows = static_cast<int>(state.range(0));
+// Times \p print (one full print into \p out) over a volumes table of
+// \p rows rows in output type \p type; reports bytes, rows and the heap
+// allocations of one print.
+template <typename Print>
+void measure(benchmark::State &state, Preferences::OutputType type, int rows, Print print) {
   utility::BufferStream out(256 << 20);
   services::user::Session session(out);
   session.getPreferences().setOutputFormat(type);
@@ -17,8 +20,7 @@ template <typename R> void render(benchmark::State &state, Preferences::OutputTy
   auto once = [&] {
     out.Rewind();
     d->printed = 0;
-    R renderer(&session);
-    renderer.PrintTable(d, 0, 0);
+    print(session, out, d);
   };
   const long allocations = qelbench::allocationsOf(once);
   long bytes = 0;
@@ -30,6 +32,14 @@ template <typename R> void render(benchmark::State &state, Preferences::OutputTy
   state.SetBytesProcessed(bytes);
   state.counters["allocs/print"] = static_cast<double>(allocations);
   QEL_Free(d);
+}
+
+template <typename R> void render(benchmark::State &state, Preferences::OutputType type) {
+  measure(state, type, static_cast<int>(state.range(0)),
+          [](services::user::Session &session, utility::BufferStream &, QEL_DESC *d) {
+            R renderer(&session);
+            renderer.PrintTable(d, 0, 0);
+          });
 }
 
 void BM_RenderConsole(benchmark::State &state) {
@@ -49,28 +59,11 @@ namespace {
 // The whole print entry for each output type, 10,000 volumes rows.
 void BM_PrintData(benchmark::State &state) {
   const auto type = static_cast<Preferences::OutputType>(state.range(0));
-  const int rows = static_cast<int>(state.range(1));
-  utility::BufferStream out(256 << 20);
-  services::user::Session session(out);
-  session.getPreferences().setOutputFormat(type);
-  session.getContext().setScreenWidth(200);
-  QEL_DESC *d = qelbench::volumes(&session, rows);
-  auto once = [&] {
-    out.Rewind();
-    d->printed = 0;
-    QEL_Print_Data(d, &session, out, true, true, "show volumes");
-  };
-  const long allocations = qelbench::allocationsOf(once);
-  long bytes = 0;
-  for (auto _ : state) {
-    once();
-    bytes += out.ReadAvailable();
-  }
+  measure(state, type, static_cast<int>(state.range(1)),
+          [](services::user::Session &session, utility::BufferStream &out, QEL_DESC *d) {
+            QEL_Print_Data(d, &session, out, true, true, "show volumes");
+          });
   state.SetLabel(strings::GS.toString(type));
-  state.SetItemsProcessed(state.iterations() * rows);
-  state.SetBytesProcessed(bytes);
-  state.counters["allocs/print"] = static_cast<double>(allocations);
-  QEL_Free(d);
 }
 BENCHMARK(BM_PrintData)
     ->ArgsProduct({{Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,
