@@ -16,8 +16,9 @@ left out stays empty. Layouts: rows pairs packed labeled embedded status.
 "scale" lets --rows repeat the rows for large runs.
 
 Values by the column's type:
-  STRING               the text (rest of the line); "{n}", "{n:04}" and
-                       "{n:08x}" expand to the row number at run time
+  STRING               the text (rest of the line); "{n}" expands to the row
+                       number at run time, "{n-4}" to it less 4; ":04" and
+                       ":08x" after the number pad it (hex), e.g. "{n-4:03}"
   STRING_N             the same, padded with NULs to the column's size
   HEX_STRING           hex digits, at most half the column's size in bytes
   U64 BLOCKS BLOCKS2BYTES  a decimal number, written as text
@@ -47,7 +48,7 @@ LAYOUTS = {'rows': 0, 'pairs': 1, 'packed': 2, 'labeled': 3, 'embedded': 4, 'sta
 # Decoders that show keyword-token settings as numeric codes: their cells
 # hold tokens.
 TOKEN_DECODERS = set(gen_catalogue.LIBRARY_DECODERS)
-_PATTERN_RE = re.compile(r'\{n(?::0?(\d+)(x?))?\}')
+_PATTERN_RE = re.compile(r'\{n(?:[+-]\d+)?(?::0?(\d+)(x?))?\}')
 _BRACE_RE = re.compile(r'[{}]')
 NUMBER_LIMITS = {
     'HEX8': (0, 0xff), 'U8': (0, 0xff), 'U16': (0, 0xffff), 'HEX32': (0, 0xffffffff),
@@ -74,7 +75,7 @@ def parse_int(path, number, text, low, high):
 def check_pattern(path, number, text):
     rest = _PATTERN_RE.sub('', text)
     if _BRACE_RE.search(rest):
-        raise genlib.GenError(path, number, f'"{text}": braces only in {{n}}, {{n:04}} or {{n:08x}}')
+        raise genlib.GenError(path, number, f'"{text}": braces only in {{n}}, {{n-4}}, {{n:04}} or {{n+1:08x}}')
 
 
 def parse_datetime(path, number, text):
@@ -239,23 +240,8 @@ def check_cycles(order, by_name):
         visit(t)
 
 
-def literal(data):
-    """A C++ string literal of arbitrary bytes, every non-printable octal."""
-    out = ['"']
-    for byte in data:
-        ch = chr(byte)
-        if ch in '"\\':
-            out.append('\\' + ch)
-        elif 0x20 <= byte < 0x7f and ch != '?':
-            out.append(ch)
-        else:
-            out.append('\\%03o' % byte)
-    return ''.join(out) + '"'
-
-
-def generate(argv):
-    keywords_path, decoders_path, catalogue_path, registrations_path, out_cpp = argv[:5]
-    paths = argv[5:]
+def generate(keywords_path, decoders_path, catalogue_path, registrations_path, out_cpp, *paths):
+    paths = list(paths)
     keywords = genlib.read_keywords(keywords_path)
     decoders = {n: (e, f) for n, e, f in gen_decoders.read_decoders(decoders_path)}
     catalogue = gen_catalogue.read_catalogue(catalogue_path, keywords, decoders)
@@ -271,7 +257,7 @@ def generate(argv):
             out.append(f'static const Value values{i}[] = {{')
             for r, row in enumerate(t.rows):
                 for column, number, data, obj, _ in row:
-                    text = literal(data) if data is not None else 'nullptr'
+                    text = genlib.cstring(data) if data is not None else 'nullptr'
                     size = len(data) if data is not None else 0
                     ref = index[obj] if obj is not None else -1
                     out.append(f'  {{{r}, {column}, {number}u, {text}, {size}, {ref}}},')
@@ -290,11 +276,6 @@ def generate(argv):
     genlib.write_if_changed(out_cpp, '\n'.join(out))
 
 
-def main(argv):
-    if len(argv) < 6:
-        sys.exit(__doc__)
-    generate(argv)
-
 
 if __name__ == '__main__':
-    genlib.run(main)
+    genlib.run(generate, __doc__, 6, variadic=True)

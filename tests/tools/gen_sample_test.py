@@ -47,7 +47,7 @@ status gQdbStatus yes none none none
 GOOD = """\
 show volumes scale
   row
-    name vol{n:03}
+    name vol{n-1:03}
     health Degraded
     size 1171875000
     created 2026-11-02 08:00:00
@@ -85,7 +85,7 @@ class SampleGenerator(unittest.TestCase):
         with open(out) as f:
             text = f.read()
         for fragment in [
-            '{0, 0, 0u, "vol{n:03}", 9, -1}',             # pattern kept for run time
+            '{0, 0, 0u, "vol{n-1:03}", 11, -1}',             # pattern kept for run time
             '{0, 1, 1u, nullptr, 0, -1}',                  # decoder text -> value
             '{0, 2, 0u, "1171875000", 10, -1}',            # big numbers stay text
             '{0, 3, 1793606400u, nullptr, 0, -1}',         # UTC date -> seconds
@@ -113,8 +113,8 @@ class SampleGenerator(unittest.TestCase):
             (replace('@st-detail', 'st-detail'), 9, 'a QEL column takes "@<object>"'),
             (replace('@st-detail', '@nowhere'), 9, '"@nowhere" is not an object'),
             (replace('name#2 second', 'name#3 third'), 10, 'has no column "name#3"'),
-            (replace('    name vol{n:03}\n', '    health OK\n    name vol\n'), 4, 'out of column order'),
-            (replace('vol{n:03}', 'vol{m}'), 3, 'braces only in'),
+            (replace('    name vol{n-1:03}\n', '    health OK\n    name vol\n'), 4, 'out of column order'),
+            (replace("vol{n-1:03}", "vol{m}"), 3, 'braces only in'),
             (replace('    name inner', '    details @st-detail'), 13, 'has no column "details"'),
             (GOOD.replace('show status layout=status\n', ''), 1, 'no "show" block for status'),
             (GOOD + 'object st-detail status\n', 15, '"st-detail" is already defined'),

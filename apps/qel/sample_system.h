@@ -1,0 +1,21 @@
+// The built-in sample storage system: every registered table filled the way
+// a command handler fills it, from the generated sample data.
+#ifndef QEL_APPS_SAMPLE_SYSTEM_H
+#define QEL_APPS_SAMPLE_SYSTEM_H
+
+#include <qel/qel.h>
+
+namespace sample {
+
+/// The index of the show table for \p basetype, or -1.
+int findShown(const char *basetype);
+
+/// Builds the output chain of `show <basetype>` for show table \p index:
+/// the table itself, its linked objects, then the command-status object. Scalable tables get
+/// \p scaleRows rows when it is not negative. Null when a descriptor could
+/// not be created (the library logged why).
+QEL_DESC *buildShow(services::user::Session &session, int index, int scaleRows);
+
+} // namespace sample
+
+#endif
