@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,23 +13,20 @@ using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
 using Preferences = services::user::Preferences;
 
-class Print : public testing::Test {
+class Print : public qeltest::SessionTest {
 protected:
-  static void SetUpTestSuite() { qeltest::registerFixtureTables(); }
-  void SetUp() override {
-    d_ = QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0);
-    QEL_FillColumnString(&session_, d_, 0, 0, "n1");
-    QEL_FillColumnU32(&session_, d_, 1, 0, 1);
-  }
-  void TearDown() override { QEL_Free(d_); }
-  // Prints into the session's own stream, as command handlers do.
+  void SetUp() override { head_ = d_ = own(userRows({"n1"})); }
+  // Prints \p head into \p stream (by default the session's own, as command
+  // handlers do); returns what the stream holds.
   std::string print(Preferences::OutputType type, bool dtd = false, bool decl = false,
-                    const char *request = nullptr) {
+                    const char *request = nullptr, utility::BufferStream *stream = nullptr) {
     session_.getPreferences().setOutputFormat(type);
+    utility::BufferStream &to = stream ? *stream : out_;
     out_.Rewind();
+    to.Rewind();
     d_->printed = 0;
-    QEL_Print_Data(d_, &session_, out_, dtd, decl, request);
-    return out_.pTail();
+    QEL_Print_Data(head_, &session_, to, dtd, decl, request);
+    return to.pTail();
   }
   // The body alone, from the renderer of the type.
   template <typename R> std::string body(Preferences::OutputType type) {
@@ -41,105 +37,87 @@ protected:
     return out_.pTail();
   }
 
-  utility::BufferStream out_{1 << 16};
-  services::user::Session session_{out_};
-  QEL_DESC *d_ = nullptr;
+  QEL_DESC *d_ = nullptr, *head_ = nullptr; // what print() prints
 };
 
-const char kDecl[] = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
+const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
 
 TEST(Dtd, TwentySevenLinesExactly) {
-  const std::vector<std::string> lines = {
-      "<!DOCTYPE RESPONSE [",
-      "<!--- Response Element. Echoes the request back -->",
-      "<!ELEMENT RESPONSE (ASC|COMP|OBJECT|LOG_CONTENT)*>",
-      "<!ATTLIST RESPONSE VERSION CDATA #IMPLIED request CDATA #IMPLIED>",
+  EXPECT_EQ(
+      std::string(getDTDString()),
+      "<!DOCTYPE RESPONSE [\n"
+      "<!--- Response Element. Echoes the request back -->\n"
+      "<!ELEMENT RESPONSE (ASC|COMP|OBJECT|LOG_CONTENT)*>\n"
+      "<!ATTLIST RESPONSE VERSION CDATA #IMPLIED request CDATA #IMPLIED>\n"
       "<!--- Object Definition. Essentially the object can only contain properties. OID is "
-      "unique per object only in each request -->",
-      "<!ELEMENT OBJECT (PROPERTY|OBJECT)*>",
+      "unique per object only in each request -->\n"
+      "<!ELEMENT OBJECT (PROPERTY|OBJECT)*>\n"
       "<!ATTLIST OBJECT oid CDATA #REQUIRED name CDATA #IMPLIED basetype CDATA #IMPLIED format "
-      "(pairs|rows|packed|labeled|status) #IMPLIED >",
-      "<!--- Property definition -->",
-      "<!ELEMENT PROPERTY (#PCDATA)>",
-      "<!ATTLIST PROPERTY ",
-      "    display-name CDATA #IMPLIED ",
-      "    draw (true|false) #IMPLIED ",
-      "    size CDATA #IMPLIED ",
-      "    type (string|uint8|uint16|uint32|uint64|int8|int16|int32|int64|bool|enum) #IMPLIED ",
-      "    key (true|false) #IMPLIED ",
-      "    name CDATA #REQUIRED",
-      "    units CDATA #IMPLIED",
-      "    blocksize CDATA #IMPLIED",
-      ">",
-      "<!--- Composition, P is the part component, G is the grouping component -->",
-      "<!ELEMENT COMP EMPTY>",
-      "<!ATTLIST COMP P IDREF #REQUIRED G IDREF #REQUIRED>",
-      "  <!--- Simple Association, A and B are the oids of the Objects -->",
-      "<!ELEMENT ASC EMPTY>",
-      "<!ATTLIST ASC A IDREF #REQUIRED B IDREF #REQUIRED>",
-      "<!ELEMENT LOG_CONTENT (#PCDATA)>",
-      "] >"};
-  ASSERT_EQ(lines.size(), 27u);
-  std::string expected;
-  for (const auto &l : lines)
-    expected += l + "\n";
-  EXPECT_EQ(getDTDString(), expected);
-  EXPECT_EQ(getDTDString(), getDTDString()) << "one constant text";
+      "(pairs|rows|packed|labeled|status) #IMPLIED >\n"
+      "<!--- Property definition -->\n"
+      "<!ELEMENT PROPERTY (#PCDATA)>\n"
+      "<!ATTLIST PROPERTY \n"
+      "    display-name CDATA #IMPLIED \n"
+      "    draw (true|false) #IMPLIED \n"
+      "    size CDATA #IMPLIED \n"
+      "    type (string|uint8|uint16|uint32|uint64|int8|int16|int32|int64|bool|enum) #IMPLIED \n"
+      "    key (true|false) #IMPLIED \n"
+      "    name CDATA #REQUIRED\n"
+      "    units CDATA #IMPLIED\n"
+      "    blocksize CDATA #IMPLIED\n"
+      ">\n"
+      "<!--- Composition, P is the part component, G is the grouping component -->\n"
+      "<!ELEMENT COMP EMPTY>\n"
+      "<!ATTLIST COMP P IDREF #REQUIRED G IDREF #REQUIRED>\n"
+      "  <!--- Simple Association, A and B are the oids of the Objects -->\n"
+      "<!ELEMENT ASC EMPTY>\n"
+      "<!ATTLIST ASC A IDREF #REQUIRED B IDREF #REQUIRED>\n"
+      "<!ELEMENT LOG_CONTENT (#PCDATA)>\n"
+      "] >\n");
 }
 
-TEST_F(Print, XmlApiEnvelopes) {
-  const std::string api = body<XMLRenderer>(Preferences::OUTPUT_API);
-  EXPECT_EQ(print(Preferences::OUTPUT_API), "<RESPONSE VERSION=\"L100\">\n" + api + "</RESPONSE>\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_API, false, false, ""),
-            "<RESPONSE VERSION=\"L100\">\n" + api + "</RESPONSE>\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_API, true, true, "show \"volumes\" <all> & more"),
-            std::string(kDecl) + getDTDString() +
-                "<RESPONSE VERSION=\"L100\" REQUEST=\"show &quot;volumes&quot; &lt;all&gt; "
-                "&amp; more\">\n" +
-                api + "</RESPONSE>\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_XML2, false, true),
-            std::string(kDecl) + "<RESPONSE VERSION=\"L100\">\n" +
-                body<XMLRenderer>(Preferences::OUTPUT_XML2) + "</RESPONSE>\n");
-  for (auto type : {Preferences::OUTPUT_API_BRIEF, Preferences::OUTPUT_XML2_BRIEF}) {
-    std::string doc = print(type, true, false, "r");
-    EXPECT_EQ(doc.rfind(getDTDString(), 0), 0u);
-    EXPECT_NE(doc.find("<RESPONSE VERSION=\"L100\" REQUEST=\"r\">\n"), std::string::npos);
+TEST_F(Print, EnvelopesByOutputType) {
+  using P = Preferences;
+  const std::string dtd = getDTDString(), start = "<RESPONSE VERSION=\"L100\"",
+                    end = "</RESPONSE>\n", api = body<XMLRenderer>(P::OUTPUT_API);
+  const std::string tag = kDecl +
+                          "<!-- This format is deprecated and will not be available in future "
+                          "versions-->\n<data>\n" + body<TagRenderer>(P::OUTPUT_TAG) + "</data>\n";
+  const std::string json = "new APIData([" + body<JSONRenderer>(P::OUTPUT_JSON) + "\n])\n";
+  struct Case {
+    P::OutputType type;
+    bool dtd, decl;
+    const char *request;
+    std::string expected;
+  } cases[] = {
+      {P::OUTPUT_API, false, false, nullptr, start + ">\n" + api + end},
+      {P::OUTPUT_API, false, false, "", start + ">\n" + api + end},
+      {P::OUTPUT_API, true, true, "show \"volumes\" <all> & more",
+       kDecl + dtd + start + " REQUEST=\"show &quot;volumes&quot; &lt;all&gt; &amp; more\">\n" +
+           api + end},
+      {P::OUTPUT_XML2, false, true, nullptr,
+       kDecl + start + ">\n" + body<XMLRenderer>(P::OUTPUT_XML2) + end},
+      {P::OUTPUT_API_BRIEF, true, false, "r",
+       dtd + start + " REQUEST=\"r\">\n" + body<XMLRenderer>(P::OUTPUT_API_BRIEF) + end},
+      {P::OUTPUT_XML2_BRIEF, true, false, "r",
+       dtd + start + " REQUEST=\"r\">\n" + body<XMLRenderer>(P::OUTPUT_XML2_BRIEF) + end},
+      {P::OUTPUT_TAG, false, false, nullptr, tag},
+      {P::OUTPUT_TAG, true, true, "request", tag}, // the flags do not apply
+      {P::OUTPUT_JSON, false, false, nullptr, json},
+      {P::OUTPUT_JSON_ALT, true, true, "x", json},
+      {P::OUTPUT_CONSOLE, false, false, nullptr, body<ConsoleRenderer>(P::OUTPUT_CONSOLE) + "\n"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(&c - cases);
+    EXPECT_EQ(print(c.type, c.dtd, c.decl, c.request), c.expected);
   }
-}
-
-TEST_F(Print, TagDocumentIgnoresTheFlags) {
-  const std::string expected =
-      std::string(kDecl) +
-      "<!-- This format is deprecated and will not be available in future versions-->\n"
-      "<data>\n" +
-      body<TagRenderer>(Preferences::OUTPUT_TAG) + "</data>\n";
-  EXPECT_EQ(print(Preferences::OUTPUT_TAG), expected);
-  EXPECT_EQ(print(Preferences::OUTPUT_TAG, true, true, "request"), expected);
-}
-
-TEST_F(Print, JsonWrapperAndBothJsonTypesAgree) {
-  const std::string expected =
-      "new APIData([" + body<JSONRenderer>(Preferences::OUTPUT_JSON) + "\n])\n";
-  EXPECT_EQ(print(Preferences::OUTPUT_JSON), expected);
-  EXPECT_EQ(print(Preferences::OUTPUT_JSON_ALT, true, true, "x"), expected);
-}
-
-TEST_F(Print, ConsoleWritesTablesToTheSessionOrTheGivenStream) {
-  const std::string table = body<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE);
-  EXPECT_EQ(print(Preferences::OUTPUT_CONSOLE), table + "\n");
-  // Another stream: without includeDtd only the newline goes there.
-  session_.getPreferences().setOutputFormat(Preferences::OUTPUT_CONSOLE);
+  // Console tables go to the given stream only with includeDtd; otherwise
+  // only the newline does, the table to the session's stream.
   utility::BufferStream other(4096);
-  out_.Rewind();
-  d_->printed = 0;
-  QEL_Print_Data(d_, &session_, other, false, false, nullptr);
-  EXPECT_STREQ(other.pTail(), "\n");
-  EXPECT_EQ(std::string(out_.pTail()), table);
-  other.Rewind();
-  out_.Rewind();
-  d_->printed = 0;
-  QEL_Print_Data(d_, &session_, other, true, false, nullptr);
-  EXPECT_EQ(std::string(other.pTail()), table + "\n");
+  const std::string table = body<ConsoleRenderer>(P::OUTPUT_CONSOLE);
+  EXPECT_EQ(print(P::OUTPUT_CONSOLE, false, false, nullptr, &other), "\n");
+  EXPECT_EQ(out_.pTail(), table);
+  EXPECT_EQ(print(P::OUTPUT_CONSOLE, true, false, nullptr, &other), table + "\n");
   EXPECT_STREQ(out_.pTail(), "");
 }
 
@@ -178,14 +156,9 @@ TEST_F(Print, TruncatesSilentlyAndTracesWithDebug1193) {
 
 TEST_F(Print, NullHeadStillGetsItsEnvelope) {
   LogCapture log;
-  session_.getPreferences().setOutputFormat(Preferences::OUTPUT_API);
-  out_.Rewind();
-  QEL_Print_Data(nullptr, &session_, out_, false, false, nullptr);
-  EXPECT_STREQ(out_.pTail(), "<RESPONSE VERSION=\"L100\">\n</RESPONSE>\n");
-  session_.getPreferences().setOutputFormat(Preferences::OUTPUT_CONSOLE);
-  out_.Rewind();
-  QEL_Print_Data(nullptr, &session_, out_, false, false, nullptr);
-  EXPECT_STREQ(out_.pTail(), "\n");
+  head_ = nullptr;
+  EXPECT_EQ(print(Preferences::OUTPUT_API), "<RESPONSE VERSION=\"L100\">\n</RESPONSE>\n");
+  EXPECT_EQ(print(Preferences::OUTPUT_CONSOLE), "\n");
   EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>{"pDesc is NULL"});
 }
 

@@ -11,217 +11,122 @@ namespace {
 
 using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
+using Session = services::user::Session;
 
-class Descriptor : public testing::Test {
+class Descriptor : public qeltest::SessionTest {
 protected:
-  static void SetUpTestSuite() { qeltest::registerFixtureTables(); }
   void SetUp() override { baseline_ = framework::Memory::liveAllocations(); }
   void TearDown() override {
+    SessionTest::TearDown();
     EXPECT_EQ(framework::Memory::liveAllocations(), baseline_) << "leaked blocks";
   }
-
-  utility::BufferStream out_{64};
-  services::user::Session session_{out_};
   long baseline_ = 0;
 };
 
-std::vector<GS_TokenValues> chainOf(QEL_DESC *d) {
-  std::vector<GS_TokenValues> tables;
-  for (; d; d = d->pNext)
-    tables.push_back(d->tableId);
-  return tables;
-}
-
-TEST_F(Descriptor, CreateDescribesEveryColumn) {
-  QEL_DESC *d = QEL_Create(&session_, tGSvolumes, tGSvolume_2Dname, 3, 1);
-  ASSERT_NE(d, nullptr);
-  EXPECT_EQ(d->tableId, tGSvolumes);
-  EXPECT_EQ(d->nameId, tGSvolume_2Dname);
-  EXPECT_EQ(d->numRows, 0);
-  EXPECT_EQ(d->numColumns, 42);
-  EXPECT_EQ(d->maxColumns, 42);
-  EXPECT_EQ(d->maxRows, 3);
-  EXPECT_EQ(d->allocSize, (3 * 42 + 10) * 4);
-  EXPECT_EQ(d->consoleFormat, 1);
-  EXPECT_EQ(d->printed, 0);
-  EXPECT_EQ(d->jsonSeparator, 0);
-  EXPECT_EQ(d->pNext, nullptr);
-  TableMetaData *t = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
-  for (int c = 0; c < 42; ++c) {
-    const _QEL_COLUMN_DESC &col = d->pColumns[c];
-    const PropertyMetaData *p = t->getPropertyDef(c);
-    EXPECT_EQ(col.pProperty, p);
-    EXPECT_EQ(col.keywordId, p->keywordId);
-    EXPECT_EQ(col.displayId, p->keywordId);
-    EXPECT_EQ(col.print, p->print);
-    EXPECT_EQ(col.draw, p->draw);
-    EXPECT_EQ(col.width, 0);
-    EXPECT_EQ(col.qualifierNameId, p->qualifierNameId);
-    EXPECT_EQ(col.qualifierValueId, p->qualifierValueId);
-  }
-  EXPECT_EQ(d->pColumns[18].qualifierNameId, tGSblocksize); // blocks
-  for (int i = 0; i < 3 * 42; ++i)
-    EXPECT_EQ(d->cells[i], 0u);
-  QEL_Free(d);
-}
-
-TEST_F(Descriptor, Sizes) {
+// The block size reported is (maxRows * columns + 10) * 4.
+TEST_F(Descriptor, CreateSizesTheBlock) {
   struct Case {
     GS_TokenValues table;
-    int maxRows;
-    int size;
-  } cases[] = {
-      {tGScontroller_2Dstatistics, 10, 800}, // 19 columns
-      {tGSvolumes, 0, 40},
-      {tGSrefresh_5Fcounters, 5, 40}, // no columns at all
-      {tGSevents, 1000, (1000 * 10 + 10) * 4},
-  };
+    int maxRows, columns, size;
+  } cases[] = {{tGSvolumes, 3, 42, 544},  {tGScontroller_2Dstatistics, 10, 19, 800},
+               {tGSvolumes, 0, 42, 40},   {tGSrefresh_5Fcounters, 5, 0, 40}, // no columns
+               {tGSevents, 1000, 10, 40040}};
   for (const auto &c : cases) {
-    QEL_DESC *d = QEL_Create(&session_, c.table, tGSnone, c.maxRows, 0);
+    SCOPED_TRACE(strings::GS.toString(c.table));
+    QEL_DESC *d = own(QEL_Create(&session_, c.table, tGSvolume_2Dname, c.maxRows, 1));
     ASSERT_NE(d, nullptr);
-    EXPECT_EQ(QEL_HowBig(d), c.size) << strings::GS.toString(c.table);
-    QEL_Free(d);
+    EXPECT_EQ(std::make_tuple(d->tableId, d->nameId, d->numRows, d->maxRows, d->numColumns,
+                              d->maxColumns, d->consoleFormat, d->printed, d->pNext),
+              std::make_tuple(c.table, tGSvolume_2Dname, 0, c.maxRows, c.columns, c.columns, 1,
+                              0, nullptr));
+    EXPECT_EQ(QEL_HowBig(d), c.size);
   }
+  EXPECT_EQ(QEL_HowBig(nullptr), 0);
 }
 
-TEST_F(Descriptor, CreateFailures) {
+TEST_F(Descriptor, FailuresAndNullArguments) {
   LogCapture log;
   utility::Debug::setDebugOn(1192, true);
   EXPECT_EQ(QEL_Create(&session_, tGSserial_2Dnumber, tGSnone, 1, 0), nullptr);
   EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, -1, 0), nullptr);
   EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, 0x7fffffff, 0), nullptr);
-  framework::Memory::setFailAfter(0);
-  EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
-  framework::Memory::setFailAfter(1);
-  EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+  for (long k : {0, 1}) { // the block, then the column array
+    framework::Memory::setFailAfter(k);
+    EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+  }
   framework::Memory::setFailAfter(-1);
-  utility::Debug::setDebugOn(1192, false);
-  EXPECT_EQ(log.texts(Route::Log),
-            (std::vector<std::string>{"QEL_Create: Could not find table serial-number"}));
-  EXPECT_EQ(log.texts(Route::Debug),
-            (std::vector<std::string>(4, "QEL_Create:: could not allocate the memory\n")));
-}
-
-TEST_F(Descriptor, LinkAppendsWholeChains) {
-  QEL_DESC *w = QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0);
-  QEL_DESC *x = QEL_Create(&session_, tGSdrives, tGSnone, 1, 0);
-  QEL_DESC *y = QEL_Create(&session_, tGSevents, tGSnone, 1, 0);
-  QEL_DESC *u = QEL_Create(&session_, tGShosts, tGSnone, 1, 0);
-  QEL_DESC *v = QEL_Create(&session_, tGSfan, tGSnone, 1, 0);
-  QEL_link(w, x);
-  QEL_link(w, y);
-  EXPECT_EQ(chainOf(w), (std::vector<GS_TokenValues>{tGSvolumes, tGSdrives, tGSevents}));
-  QEL_link(u, v);
-  QEL_link(w, u);
-  EXPECT_EQ(chainOf(w), (std::vector<GS_TokenValues>{tGSvolumes, tGSdrives, tGSevents,
-                                                      tGShosts, tGSfan}));
-  LogCapture log;
-  utility::Debug::setDebugOn(1192, true);
-  QEL_link(nullptr, x);
+  QEL_link(nullptr, nullptr);
   QEL_Free(nullptr);
   utility::Debug::setDebugOn(1192, false);
-  QEL_link(nullptr, x); // debug off: silent
-  EXPECT_EQ(log.texts(Route::Debug),
-            (std::vector<std::string>{"QEL_link:: pDesc is NULL! DIE! \n",
-                                      "QEL_Free:: NULL Pointer \n"}));
-  QEL_Free(w);
+  QEL_link(nullptr, nullptr); // debug off: silent
+  QEL_Free(nullptr);
+  EXPECT_EQ(log.texts(Route::Log),
+            (std::vector<std::string>{"QEL_Create: Could not find table serial-number"}));
+  std::vector<std::string> debug(4, "QEL_Create:: could not allocate the memory\n");
+  debug.push_back("QEL_link:: pDesc is NULL! DIE! \n");
+  debug.push_back("QEL_Free:: NULL Pointer \n");
+  EXPECT_EQ(log.texts(Route::Debug), debug);
 }
 
-TEST_F(Descriptor, ColumnPrintAndRename) {
-  QEL_DESC *d = QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0);
-  _QEL_COLUMN_DESC &size = d->pColumns[4];
-  ASSERT_EQ(size.keywordId, tGSsize);
-  const std::uint8_t draw = size.draw;
-  QEL_SetColumnPrint(d, tGSsize, 0, false);
-  EXPECT_EQ(size.print, 0);
-  EXPECT_EQ(size.draw, draw);
-  QEL_SetColumnPrint(d, tGSsize, 1, true);
-  EXPECT_EQ(size.print, 1);
-  EXPECT_EQ(size.draw, 1);
-  std::vector<std::uint8_t> before;
-  for (int c = 0; c < d->numColumns; ++c)
-    before.push_back(d->pColumns[c].print);
-  QEL_SetColumnPrint(d, tGSrpm, 0, true); // not a column of volumes
-  for (int c = 0; c < d->numColumns; ++c)
-    EXPECT_EQ(d->pColumns[c].print, before[static_cast<std::size_t>(c)]);
-
+TEST_F(Descriptor, RenameMatchesTheOriginalKeyword) {
+  QEL_DESC *d = own(QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0));
+  ASSERT_EQ(d->pColumns[4].keywordId, tGSsize);
   QEL_RenameColumnKeyword(d, &session_, tGSsize, tGStotal_2Dsize);
-  EXPECT_EQ(size.displayId, tGStotal_2Dsize);
-  EXPECT_EQ(size.keywordId, tGSsize);
-  // The match stays on the original keyword: renaming the new name finds the
-  // real total-size column (5), not column 4.
+  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
+  EXPECT_EQ(d->pColumns[4].keywordId, tGSsize);
+  // Renaming the new name finds the real total-size column (5).
   QEL_RenameColumnKeyword(d, &session_, tGStotal_2Dsize, tGSblocks);
-  EXPECT_EQ(size.displayId, tGStotal_2Dsize);
+  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
   EXPECT_EQ(d->pColumns[5].displayId, tGSblocks);
-  QEL_RenameColumnKeyword(d, &session_, tGSrpm, tGSblocks); // no match
-  QEL_Free(d);
+  QEL_RenameColumnKeyword(d, &session_, tGSrpm, tGSsize); // not a column of volumes
+  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
 }
 
-TEST_F(Descriptor, FreeReleasesNestedChainsAndTexts) {
-  // Chain: volumes -> controllers, whose QEL columns hold chains of nested
-  // descriptors that hold texts and nested descriptors of their own.
-  QEL_DESC *head = QEL_Create(&session_, tGSvolumes, tGSnone, 2, 0);
-  QEL_FillColumnString(&session_, head, 0, 1, "V1");
-  QEL_FillColumnBlocks(&session_, head, 4, 0, "2048");
-  QEL_DESC *ctrl = QEL_Create(&session_, tGScontrollers, tGSnone, 2, 0);
-  QEL_link(head, ctrl);
-  for (int row = 0; row < 2; ++row) {
-    QEL_DESC *health = QEL_Create(&session_, tGSunhealthy_2Dcomponent, tGSnone, 2, 0);
-    QEL_FillColumnString(&session_, health, 1, 0, "disk_01.05");
-    QEL_DESC *more = QEL_Create(&session_, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
-    QEL_FillColumnString(&session_, more, 5, 0, "reason");
-    QEL_link(health, more);
-    QEL_FillColumnQEL(&session_, ctrl, 43, row, health);
-    QEL_DESC *port = QEL_Create(&session_, tGSport, tGSnone, 1, 0);
-    QEL_DESC *inner = QEL_Create(&session_, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
-    QEL_FillColumnString(&session_, inner, 2, 0, "basetype");
-    QEL_FillColumnQEL(&session_, port, 12, 0, inner);
-    QEL_FillColumnQEL(&session_, ctrl, 45, row, port);
-    QEL_FillColumnString(&session_, ctrl, 2, row, "SN");
-  }
-  EXPECT_GT(framework::Memory::liveAllocations(), baseline_ + 20);
-  QEL_Free(head); // TearDown checks that every block came back
+// Hands \p child to \p holder (a cell, or the end of its chain); without a
+// holder the child is freed here, as a command handler would.
+void adopt(Session *s, QEL_DESC *holder, int column, QEL_DESC *child) {
+  if (!holder)
+    QEL_Free(child);
+  else if (column < 0)
+    QEL_link(holder, child);
+  else
+    QEL_FillColumnQEL(s, holder, column, 0, child);
 }
 
-// A command handler's whole path, failing each allocation in turn (once, and
-// from then on): nothing crashes and every block comes back.
-void workflow(services::user::Session *s) {
+// A command handler's whole path: texts, a refill, a chain, a nested chain
+// and a table nested two deep, all released by one QEL_Free.
+void workflow(Session *s) {
   QEL_DESC *head = QEL_Create(s, tGSvolumes, tGSvolume_2Dname, 2, 0);
   QEL_FillColumnString(s, head, 3, 0, "vol-a");
   QEL_FillColumnString(s, head, 3, 1, "vol-b");
   QEL_FillColumnString(s, head, 3, 1, "vol-b2"); // refill releases the old copy
   QEL_FillColumnBlocks(s, head, 4, 0, "2048");
-  QEL_FillColumnEnum(s, head, 37, 0, 1);
   QEL_DESC *ctrl = QEL_Create(s, tGScontrollers, tGSnone, 1, 0);
+  QEL_FillColumnString(s, ctrl, 2, 0, "SN");
   QEL_DESC *health = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
   QEL_FillColumnString(s, health, 5, 0, "degraded");
-  if (ctrl)
-    QEL_FillColumnQEL(s, ctrl, 43, 0, health); // ctrl now owns it
-  else
-    QEL_Free(health);
-  if (head)
-    QEL_link(head, ctrl);
-  else
-    QEL_Free(ctrl);
-  QEL_DESC *fixture = QEL_Create(s, tGSspares, tGSnone, 2, 0);
-  const std::uint8_t bytes[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-  QEL_FillColumnHexString(s, fixture, 11, 0, bytes);
-  QEL_FillColumnStringN(s, fixture, 13, 1, "VENDOR__extra");
-  QEL_FillColumnU64(s, fixture, 9, 0, "123456789012");
-  QEL_FillColumnBlocks2Bytes(s, fixture, 18, 1, "4096");
-  if (head)
-    QEL_link(head, fixture);
-  else
-    QEL_Free(fixture);
+  QEL_DESC *more = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
+  QEL_FillColumnString(s, more, 1, 0, "disk_01.05");
+  adopt(s, health, -1, more);
+  adopt(s, ctrl, 43, health);
+  QEL_DESC *port = QEL_Create(s, tGSport, tGSnone, 1, 0);
+  QEL_DESC *inner = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
+  QEL_FillColumnString(s, inner, 2, 0, "basetype");
+  adopt(s, port, 12, inner);
+  adopt(s, ctrl, 45, port);
+  adopt(s, head, -1, ctrl);
   QEL_Free(head);
 }
 
-TEST_F(Descriptor, AllocationFailuresNeverCrashOrLeak) {
+// Every block comes back, with all allocations working and with each one
+// failing in turn (once, and from then on); nothing crashes.
+TEST_F(Descriptor, FreeReleasesEverythingEvenAfterAllocationFailures) {
   LogCapture log; // the failures are logged; keep them off stderr
   long calls = framework::Memory::totalAllocations();
   workflow(&session_);
   calls = framework::Memory::totalAllocations() - calls;
-  ASSERT_GT(calls, 10);
+  ASSERT_GT(calls, 15);
+  ASSERT_EQ(framework::Memory::liveAllocations(), baseline_);
   for (bool persistent : {false, true}) {
     for (long k = 0; k < calls; ++k) {
       SCOPED_TRACE("allocation " + std::to_string(k) + (persistent ? " on" : ""));
@@ -242,113 +147,69 @@ protected:
     SORTOutput(d, order.data());
     return order;
   }
-  // Fills column \p c of a new descriptor with \p texts (null: unfilled).
+  // A descriptor freed at the end, its column \p c filled with \p texts.
   QEL_DESC *withTexts(GS_TokenValues table, int c, std::vector<const char *> texts) {
     QEL_DESC *d = QEL_Create(&session_, table, tGSnone, static_cast<int>(texts.size()), 0);
     for (std::size_t r = 0; r < texts.size(); ++r)
-      if (texts[r])
-        QEL_FillColumnString(&session_, d, c, static_cast<int>(r), texts[r]);
-    d->numRows = static_cast<int>(texts.size());
-    return d;
-  }
-  std::vector<std::string> textsInOrder(QEL_DESC *d, int c) {
-    std::vector<std::string> out;
-    for (int r : sorted(d)) {
-      auto *t = reinterpret_cast<const char *>(d->cells[r * d->maxColumns + c]);
-      out.push_back(t ? t : "(null)");
-    }
-    return out;
+      QEL_FillColumnString(&session_, d, c, static_cast<int>(r), texts[r]);
+    return own(d);
   }
 };
 
-TEST_F(Sorting, DiskSlotAndStringOrders) {
-  QEL_DESC *drives = withTexts(tGSdrives, 4, {"1.10", "0.3", "1.2"});
-  EXPECT_EQ(textsInOrder(drives, 4), (std::vector<std::string>{"0.3", "1.2", "1.10"}));
-  QEL_DESC *volumes = withTexts(tGSvolumes, 3, {"1.10", "0.3", "1.2"});
-  EXPECT_EQ(textsInOrder(volumes, 3), (std::vector<std::string>{"0.3", "1.10", "1.2"}));
-  // Texts that do not parse read as 0.0; equal keys keep their filled order.
-  QEL_DESC *odd = withTexts(tGSdrives, 4, {"x", "0.1", "0.0", "", "0"});
-  EXPECT_EQ(sorted(odd), (std::vector<int>{0, 2, 3, 4, 1}));
-  QEL_Free(drives);
-  QEL_Free(volumes);
-  QEL_Free(odd);
-}
-
-TEST_F(Sorting, NumbersCompareUnsigned) {
-  // enclosure-list sorts on its U32 enclosure-id.
-  QEL_DESC *d = QEL_Create(&session_, tGSenclosure_2Dlist, tGSnone, 4, 0);
-  const std::uint32_t ids[] = {3, 0xffffffffu, 1, 3};
-  for (int r = 0; r < 4; ++r)
-    QEL_FillColumnU32(&session_, d, 1, r, ids[r]);
-  EXPECT_EQ(sorted(d), (std::vector<int>{2, 0, 3, 1}));
-  QEL_Free(d);
-
-  // An I32 column sorted as integers puts negative values last.
-  PropertyMetaData &code = gQdbResponseMsg[2];
-  ASSERT_EQ(code.type, COLTYPE_I32);
-  const PropertyMetaData saved = code;
-  code.sort = true;
-  code.sortType = SORT_INTEGER;
-  QEL_DESC *s = QEL_Create(&session_, tGSstatus, tGSnone, 3, 0);
-  QEL_FillColumnI32(&session_, s, 2, 0, -1);
-  QEL_FillColumnI32(&session_, s, 2, 1, 5);
-  QEL_FillColumnI32(&session_, s, 2, 2, 0);
-  EXPECT_EQ(sorted(s), (std::vector<int>{2, 1, 0}));
-  code = saved;
-  QEL_Free(s);
+TEST_F(Sorting, CompareRules) {
+  auto cell = [](const char *t) { return reinterpret_cast<QEL_CELL>(t); };
+  struct Case {
+    SortType sort;
+    ColumnDataType type;
+    QEL_CELL a, b;
+    int result; // strcmp's: its sign
+  } cases[] = {
+      {SORT_STRING, COLTYPE_U32, 1, 2, 0},
+      {SORT_STRING, COLTYPE_STRING, cell("abc"), cell("abd"), -1},
+      {SORT_STRING, COLTYPE_HEX_STRING, cell("abd"), cell("abc"), 1},
+      {SORT_STRING, COLTYPE_STRING, cell("abc"), 0, 0},
+      {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1},
+      {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
+      {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},
+      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
+      {SORT_DISKSLOT, COLTYPE_STRING, cell("x"), cell("0.0"), 0}, // unparsed: 0.0
+      {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1},
+      {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
+      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},
+      {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(&c - cases);
+    const int r = QEL_compare(c.sort, c.type, c.a, c.b);
+    EXPECT_EQ(c.sort == SORT_STRING ? (r > 0) - (r < 0) : r, c.result);
+  }
 }
 
 TEST_F(Sorting, WhichColumnAndWhenNot) {
   // volume-reservations has two sort columns: the later (host-id) wins.
-  QEL_DESC *res = QEL_Create(&session_, tGSvolume_2Dreservations, tGSnone, 3, 0);
-  const char *names[] = {"a", "b", "c"}, *hosts[] = {"h3", "h1", "h2"};
-  for (int r = 0; r < 3; ++r) {
-    QEL_FillColumnString(&session_, res, 0, r, names[r]);
+  QEL_DESC *res = withTexts(tGSvolume_2Dreservations, 0, {"a", "b", "c"});
+  const char *hosts[] = {"h3", "h1", "h2"};
+  for (int r = 0; r < 3; ++r)
     QEL_FillColumnString(&session_, res, 3, r, hosts[r]);
-  }
   EXPECT_EQ(sorted(res), (std::vector<int>{1, 2, 0}));
-  QEL_Free(res);
-
   // events has no sort column; a table whose last sort column is a nested
   // table (nosort) keeps its filled order too, as does a SORT_SIZE column.
-  QEL_DESC *events = withTexts(tGSevents, 2, {"z", "a", "m"});
-  EXPECT_EQ(sorted(events), (std::vector<int>{0, 1, 2}));
-  QEL_DESC *comps = withTexts(tGSstorage_2Dpool_2Dcomponents, 0, {"z", "a", "m"});
-  EXPECT_EQ(sorted(comps), (std::vector<int>{0, 1, 2}));
-  PropertyMetaData &name = gQdbShowVolumes[3];
-  name.sortType = SORT_SIZE;
+  EXPECT_EQ(sorted(withTexts(tGSevents, 2, {"z", "a", "m"})), (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(sorted(withTexts(tGSstorage_2Dpool_2Dcomponents, 0, {"z", "a", "m"})),
+            (std::vector<int>{0, 1, 2}));
   QEL_DESC *vols = withTexts(tGSvolumes, 3, {"z", "a", "m"});
+  gQdbShowVolumes[3].sortType = SORT_SIZE;
   EXPECT_EQ(sorted(vols), (std::vector<int>{0, 1, 2}));
-  name.sortType = SORT_STRING;
+  gQdbShowVolumes[3].sortType = SORT_STRING;
   EXPECT_EQ(sorted(vols), (std::vector<int>{1, 2, 0}));
-  QEL_Free(events);
-  QEL_Free(comps);
-  QEL_Free(vols);
-
+  // One row or none: the order array is set for the rows there are.
+  QEL_DESC *small = withTexts(tGSvolumes, 3, {"x"});
   for (int rows : {0, 1}) {
-    QEL_DESC *small = QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0);
     small->numRows = rows;
     int order[1] = {-7};
     SORTOutput(small, order);
     EXPECT_EQ(order[0], rows ? 0 : -7);
-    QEL_Free(small);
   }
-}
-
-TEST_F(Sorting, CompareRules) {
-  const char *a = "abc", *b = "abd";
-  auto cell = [](const char *t) { return reinterpret_cast<QEL_CELL>(t); };
-  EXPECT_EQ(QEL_compare(SORT_STRING, COLTYPE_U32, 1, 2), 0);
-  EXPECT_LT(QEL_compare(SORT_STRING, COLTYPE_STRING, cell(a), cell(b)), 0);
-  EXPECT_GT(QEL_compare(SORT_STRING, COLTYPE_HEX_STRING, cell(b), cell(a)), 0);
-  EXPECT_EQ(QEL_compare(SORT_STRING, COLTYPE_STRING, cell(a), 0), 0);
-  EXPECT_EQ(QEL_compare(SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1), 1);
-  EXPECT_EQ(QEL_compare(SORT_DATETIME, COLTYPE_STRING, 1, 2), -1);
-  EXPECT_EQ(QEL_compare(SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2")), 1);
-  EXPECT_EQ(QEL_compare(SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2")), 0);
-  EXPECT_EQ(QEL_compare(SORT_SIZE, COLTYPE_U32, 1, 2), 0);
-  EXPECT_EQ(QEL_compare(SORT_NONE, COLTYPE_U32, 1, 2), 0);
-  EXPECT_EQ(QEL_compare(static_cast<SortType>(77), COLTYPE_U32, 1, 2), 0);
 }
 
 TEST_F(Sorting, DebugLines) {
@@ -362,33 +223,30 @@ TEST_F(Sorting, DebugLines) {
   ASSERT_EQ(lines.size(), 7u);
   EXPECT_EQ(lines[0].rfind("SORTOutput:indeces = ", 0), 0u);
   EXPECT_NE(lines[0].find(" [volumes] (3)\n"), std::string::npos);
-  EXPECT_EQ(lines[1], "SORTOutput:finding sort Column (42)\n");
-  EXPECT_EQ(lines[2], "SORTOutput:sort column = 3 [volume-name]\n");
-  EXPECT_EQ(lines[3], "SORTOutput:Begin sort\n");
-  EXPECT_EQ(lines[4], "SORTOutput:row = 1\n");
-  EXPECT_EQ(lines[5], "SORTOutput:row = 2\n");
-  EXPECT_EQ(lines[6], "SORTOutput:indeces or pDesc == NULL... returning\n");
-  QEL_Free(d);
+  EXPECT_EQ(std::vector<std::string>(lines.begin() + 1, lines.end()),
+            (std::vector<std::string>{"SORTOutput:finding sort Column (42)\n",
+                                      "SORTOutput:sort column = 3 [volume-name]\n",
+                                      "SORTOutput:Begin sort\n", "SORTOutput:row = 1\n",
+                                      "SORTOutput:row = 2\n",
+                                      "SORTOutput:indeces or pDesc == NULL... returning\n"}));
 }
 
 // The reference: the stable insertion sort, comparison by comparison.
 std::vector<int> insertionSort(QEL_DESC *d, int c, SortType sortType) {
-  std::vector<int> order(static_cast<std::size_t>(d->numRows));
-  for (int k = 0; k < d->numRows; ++k)
-    order[static_cast<std::size_t>(k)] = k;
-  ColumnDataType type = getColumnType(d->tableId, c);
-  for (std::size_t i = 1; i < order.size(); ++i) {
-    int key = order[i];
-    std::size_t j = i;
-    for (; j > 0 && QEL_compare(sortType, type, d->cells[order[j - 1] * d->maxColumns + c],
-                                d->cells[key * d->maxColumns + c]) > 0;
-         --j)
-      order[j] = order[j - 1];
-    order[j] = key;
+  auto cell = [d, c](int row) { return d->cells[row * d->maxColumns + c]; };
+  std::vector<int> order;
+  for (int key = 0; key < d->numRows; ++key) {
+    auto at = order.end();
+    while (at != order.begin() &&
+           QEL_compare(sortType, getColumnType(d->tableId, c), cell(at[-1]), cell(key)) > 0)
+      --at;
+    order.insert(at, key);
   }
   return order;
 }
 
+// Each table's own sort column and type, with equal keys, unparsed texts and
+// unfilled cells (which compare equal to everything).
 TEST_F(Sorting, FastSortEqualsTheInsertionSort) {
   std::mt19937 rng(20261123);
   struct Target {

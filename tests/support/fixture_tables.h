@@ -1,10 +1,15 @@
 // Test support: hand-made tables registered under basetypes that the
 // catalogue leaves free: one column of every data type (`spares`), and small
-// tables whose outputs are easy to state exactly.
+// tables whose outputs are easy to state exactly; and a fixture to print them.
 #ifndef QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 #define QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 
 #include "support/library.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace qeltest {
 
@@ -81,6 +86,35 @@ inline void registerFixtureTables() {
                 pGSnone);
   });
 }
+
+/// A session writing to a buffer; the descriptors given to own() are freed
+/// after each test.
+class SessionTest : public testing::Test {
+protected:
+  static void SetUpTestSuite() { registerFixtureTables(); }
+  void TearDown() override {
+    for (QEL_DESC *d : owned_)
+      QEL_Free(d);
+  }
+  QEL_DESC *own(QEL_DESC *d) {
+    owned_.push_back(d);
+    return d;
+  }
+  /// `snmp-users` rows (names[r], r + 1) under object name \p name; not owned.
+  QEL_DESC *userRows(const std::vector<std::string> &names, GS_TokenValues name = tGSnone) {
+    const int n = static_cast<int>(names.size());
+    QEL_DESC *d = QEL_Create(&session_, tGSsnmp_2Dusers, name, n, 0);
+    for (int r = 0; r < n; ++r) {
+      QEL_FillColumnString(&session_, d, 0, r, names[static_cast<std::size_t>(r)].c_str());
+      QEL_FillColumnU32(&session_, d, 1, r, static_cast<unsigned>(r + 1));
+    }
+    return d;
+  }
+
+  utility::BufferStream out_{1 << 20};
+  services::user::Session session_{out_};
+  std::vector<QEL_DESC *> owned_;
+};
 
 } // namespace qeltest
 

@@ -2,6 +2,7 @@
 file:line errors and write nothing."""
 
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -36,6 +37,7 @@ REGISTRATIONS = 'volumes gQdbShowVolumes yes name none none\n'
 class Generators(unittest.TestCase):
     def run_catalogue(self, catalogue=CATALOGUE, registrations=REGISTRATIONS, decoders=DECODERS):
         tmp = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, tmp)
         files = {'keywords.txt': KEYWORDS, 'decoders.txt': decoders,
                  'catalogue.txt': catalogue, 'registrations.txt': registrations}
         for name, text in files.items():
@@ -54,20 +56,8 @@ class Generators(unittest.TestCase):
         self.assertIn(fragment, proc.stderr)
         self.assertFalse(os.path.exists(out_cpp))
 
-    def test_good_sources(self):
-        proc, _, out_cpp = self.run_catalogue()
-        self.assertEqual(proc.returncode, 0, proc.stderr)
-        with open(out_cpp) as f:
-            text = f.read()
-        self.assertIn('{tGShealth, 10, COLTYPE_ENUM, tGSnone, tGSnone, true, true, false, false, '
-                      'false, SORT_STRING, &decodeHealthStatus}', text)
-        self.assertIn('tGSblocksize, tGS512', text)
-        self.assertIn('gQdbShowVolumes[0].size = services::dom::Constants::MaxVolumeNameLength;', text)
-        self.assertIn('registry->addTable(tGSvolumes, gQdbShowVolumes, 3, true, pGSname, pGSnone, pGSnone);',
-                      text)
-
-    def test_catalogue_errors(self):
-        cases = [
+    def test_broken_sources(self):
+        catalogue = [
             ('nosuch  STRING 10 PD string -', 'not a keyword'),
             ('name    TEXT 10 PD string -', 'unknown type'),
             ('name    STRING wide PD string -', 'size'),
@@ -79,25 +69,14 @@ class Generators(unittest.TestCase):
             ('name    STRING 10 PD string - blocksize', 'qualifier'),
             ('name    STRING 10 PD', 'expected'),
         ]
-        for line, fragment in cases:
-            with self.subTest(line=line):
-                self.assertFails('catalogue.txt', 2, fragment,
-                                 catalogue=f'array gQdbShowVolumes\n  {line}\n')
-
-    def test_registration_errors(self):
-        cases = [
+        registrations = [
             ('volumes gQdbNothing yes none none none', 'unknown array'),
             ('volumes gQdbShowVolumes maybe none none none', 'wbi'),
             ('volumes gQdbShowVolumes yes health2 none none', 'not a keyword'),
             ('volumes gQdbShowVolumes yes volumes none none', 'primary key'),
             ('volumes gQdbShowVolumes yes name volumes none', 'go together'),
         ]
-        for line, fragment in cases:
-            with self.subTest(line=line):
-                self.assertFails('registrations.txt', 1, fragment, registrations=line + '\n')
-
-    def test_decoder_errors(self):
-        cases = [
+        decoders = [
             ('decodeX\n  1 A\n  0 B\n', 3, 'ascend'),
             ('decodeX\n  0 A "quoted"\n', 2, 'unescaped'),
             ('decodeX\n  0 A\n  * %d items\n', 3, 'fallback'),
@@ -106,10 +85,15 @@ class Generators(unittest.TestCase):
             ('decodeX\n', 1, 'lists no value'),
             ('  0 A\n', 1, 'before the first decoder'),
         ]
-        for text, line, fragment in cases:
-            with self.subTest(text=text):
-                self.assertFails('decoders.txt', line, fragment, decoders=text,
-                                 catalogue='array gQdbShowVolumes\n  name STRING 10 PD string -\n')
+        cases = [('catalogue.txt', 2, f, dict(catalogue=f'array gQdbShowVolumes\n  {line}\n'))
+                 for line, f in catalogue]
+        cases += [('registrations.txt', 1, f, dict(registrations=line + '\n')) for line, f in registrations]
+        cases += [('decoders.txt', n, f, dict(decoders=text, catalogue='array gQdbShowVolumes\n'
+                                              '  name STRING 10 PD string -\n'))
+                  for text, n, f in decoders]
+        for file, line, fragment, kwargs in cases:
+            with self.subTest(file=file, **kwargs):
+                self.assertFails(file, line, fragment, **kwargs)
 
 
 if __name__ == '__main__':

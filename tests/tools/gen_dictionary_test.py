@@ -2,6 +2,7 @@
 and writes nothing; on good sources it places localized variants by table."""
 
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -34,6 +35,7 @@ class DictionaryGenerator(unittest.TestCase):
     def run_generator(self, en=EN, locales=None, basetypes='1 volumes\n2 drives\n3 tasks\n',
                       elements='type | Type\n', keywords=KEYWORDS):
         tmp = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, tmp)
         src = os.path.join(tmp, 'dict')
         out = os.path.join(tmp, 'out')
         os.makedirs(src)
@@ -77,50 +79,30 @@ class DictionaryGenerator(unittest.TestCase):
         with open(os.path.join(out, 'field_name_arrays.h')) as f:
             self.assertIn('fieldNameLengthtGStype;', f.read())
 
-    def test_unknown_keyword(self):
-        self.assertFails('en.txt', 2, '"nosuch" is not a keyword',
-                         en='volumes | Volumes\nnosuch | X\n')
-
-    def test_empty_label(self):
-        self.assertFails('en.txt', 1, 'empty label', en='volumes |  | abbr\n')
-
-    def test_forbidden_characters(self):
-        for bad in ['say "x"', 'a < b', 'R&D']:
-            self.assertFails('en.txt', 1, 'unescaped', en=f'volumes | {bad}\n')
-
-    def test_variant_before_default(self):
-        self.assertFails('en.txt', 1, 'default record', en='type@drives | Type\ntype | Type\n')
-
-    def test_variant_twice(self):
-        self.assertFails('en.txt', 3, 'listed twice',
-                         en='type | Type\ntype@drives | A\ntype@drives | B\n')
-
-    def test_variant_table_not_a_basetype(self):
-        self.assertFails('en.txt', 5, 'not a basetype', en=EN.replace('type@tasks', 'type@serial-number'))
-
-    def test_records_not_consecutive(self):
-        self.assertFails('en.txt', 3, 'consecutive', en='type | Type\nvolumes | V\ntype@drives | T\n')
-
-    def test_basetype_without_field(self):
-        self.assertFails('basetypes.txt', 4, 'not a field', basetypes='1 volumes\n2 drives\n3 tasks\n4 hosts\n')
-
-    def test_basetype_index_twice(self):
-        self.assertFails('basetypes.txt', 2, 'already', basetypes='1 volumes\n1 drives\n')
-
-    def test_locale_with_other_tables(self):
-        locales = {loc: 'type | T\ntype@drives | T\n' for loc in LOCALES[1:]}
-        self.assertFails('es.txt', 1, 'English has', locales=locales)
-
-    def test_locales_cover_the_same_fields(self):
-        locales = {loc: 'volumes | V\n' for loc in LOCALES[1:]}
-        locales['fr'] = 'serial-number | S\nvolumes | V\n'
-        self.assertFails('fr.txt', 1, '"serial-number" is only here', locales=locales)
-
-    def test_element_of_unknown_field(self):
-        self.assertFails('elements.txt', 1, 'not a field', elements='hosts | Hosts\n')
-
-    def test_tab_character(self):
-        self.assertFails('en.txt', 2, 'tab', en='volumes | Volumes\ndrives |\tDisks\n')
+    def test_broken_sources(self):
+        uniform = {loc: 'volumes | V\n' for loc in LOCALES[1:]}
+        cases = [
+            ('en.txt', 2, '"nosuch" is not a keyword', dict(en='volumes | Volumes\nnosuch | X\n')),
+            ('en.txt', 1, 'empty label', dict(en='volumes |  | abbr\n')),
+            ('en.txt', 1, 'unescaped', dict(en='volumes | say "x"\n')),
+            ('en.txt', 1, 'unescaped', dict(en='volumes | a < b\n')),
+            ('en.txt', 1, 'unescaped', dict(en='volumes | R&D\n')),
+            ('en.txt', 2, 'tab', dict(en='volumes | Volumes\ndrives |\tDisks\n')),
+            ('en.txt', 1, 'default record', dict(en='type@drives | Type\ntype | Type\n')),
+            ('en.txt', 3, 'listed twice', dict(en='type | Type\ntype@drives | A\ntype@drives | B\n')),
+            ('en.txt', 5, 'not a basetype', dict(en=EN.replace('type@tasks', 'type@serial-number'))),
+            ('en.txt', 3, 'consecutive', dict(en='type | Type\nvolumes | V\ntype@drives | T\n')),
+            ('basetypes.txt', 4, 'not a field', dict(basetypes='1 volumes\n2 drives\n3 tasks\n4 hosts\n')),
+            ('basetypes.txt', 2, 'already', dict(basetypes='1 volumes\n1 drives\n')),
+            ('es.txt', 1, 'English has',
+             dict(locales={loc: 'type | T\ntype@drives | T\n' for loc in LOCALES[1:]})),
+            ('fr.txt', 1, '"serial-number" is only here',
+             dict(locales=dict(uniform, fr='serial-number | S\nvolumes | V\n'))),
+            ('elements.txt', 1, 'not a field', dict(elements='hosts | Hosts\n')),
+        ]
+        for file, line, fragment, kwargs in cases:
+            with self.subTest(file=file, fragment=fragment):
+                self.assertFails(file, line, fragment, **kwargs)
 
 
 if __name__ == '__main__':

@@ -1,5 +1,5 @@
-// The output service: load-time factory, construction running start-up once,
-// status order on start-up, and finding the running instance.
+// The output service: construction running start-up once, status order on
+// start-up, and finding the running instance.
 #include "support/library.h"
 
 #include <gtest/gtest.h>
@@ -43,13 +43,6 @@ TEST(QelService, GetQelWithoutTheServiceLogsAndThrows) {
   EXPECT_EQ(Qel::m_Qel.load(), nullptr) << "a failure is not cached";
 }
 
-TEST(QelService, TheLibraryRegistersOneFactoryAtLoad) {
-  ASSERT_NE(services::qel::pFactoryQel, nullptr);
-  EXPECT_EQ(services::qel::pFactoryQel->builder(), &services::qel::BuildQel);
-  EXPECT_EQ(services::qel::pFactoryQel->name(), pGSQel);
-  EXPECT_EQ(framework::Container::getContainer()->findFactory("Qel"), services::qel::pFactoryQel);
-}
-
 TEST(QelService, ConstructionBuildsTheTablesOnce) {
   resetContainer();
   LogCapture log;
@@ -66,8 +59,12 @@ TEST(QelService, ConstructionBuildsTheTablesOnce) {
   // A second service object runs start-up again: nothing changes.
   TableMetaData *volumes =
       TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
+  const long allocations = framework::Memory::totalAllocations();
   std::unique_ptr<framework::Service> second(services::qel::BuildQel(pGSQel));
   QEL_Start();
+  init_FieldNames();
+  init_LocaleFieldNames();
+  EXPECT_EQ(framework::Memory::totalAllocations() - allocations, 1) << "only the service object";
   EXPECT_EQ(log.records.size(), startupLines);
   EXPECT_EQ(TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes),
             volumes);
@@ -93,39 +90,25 @@ TEST(QelService, StartupSetsReadyBeforeTheFrameworkStartsIt) {
   EXPECT_STREQ(getConsoleLabel(tGSvolumes, 0, LOCALE_EN), "Volumes") << "still built";
 }
 
-TEST(QelService, FrameworkSlotsAndServiceInfo) {
-  resetContainer();
-  framework::Service *service = framework::Container::getContainer()->buildService(pGSQel);
-  const framework::ServiceInfoData *info = service->serviceInfo();
-  EXPECT_EQ(info, &Qel::m_serviceInfoData);
-  EXPECT_EQ(info->values[0], 635u);
-  EXPECT_EQ(info->values[1], 635u);
-  EXPECT_EQ(info->values[2], 1981u);
-  EXPECT_EQ(service->clone(), nullptr);
-  EXPECT_STREQ(service->getNameString(), "Qel");
-  EXPECT_EQ(service->getName(), tGSQel);
-  utility::BufferStream out(16);
-  service->information(out, 0, true);
-  service->threadsInformation(out, 0, true);
-  EXPECT_EQ(out.ReadAvailable(), 0);
-  framework::Entity entity;
-  EXPECT_EQ(entity.getName(), 367u);
-  EXPECT_STREQ(entity.getNameString(), "Entity");
-  entity.setError("failed %d", 3);
-  EXPECT_TRUE(entity.inError());
-  EXPECT_STREQ(entity.ErrorMessage(), "failed 3");
-}
-
-TEST(QelService, GetQelAsksTheContainerOnce) {
+TEST(QelService, GetQelFindsTheServiceTheLoadTimeFactoryBuilds) {
   resetContainer();
   framework::Container *container = framework::Container::getContainer();
+  ASSERT_NE(services::qel::pFactoryQel, nullptr);
+  EXPECT_EQ(services::qel::pFactoryQel->builder(), &services::qel::BuildQel);
+  EXPECT_EQ(container->findFactory("Qel"), services::qel::pFactoryQel);
   framework::Service *service = container->buildService(pGSQel);
   const long before = container->lookupCount();
   Qel &a = Qel::getQel();
   Qel &b = Qel::getQel();
   EXPECT_EQ(&a, service);
   EXPECT_EQ(&a, &b);
-  EXPECT_EQ(container->lookupCount() - before, 1);
+  EXPECT_EQ(container->lookupCount() - before, 1) << "the instance is cached";
+
+  EXPECT_EQ(service->clone(), nullptr);
+  utility::BufferStream out(16); // the framework's report slots write nothing
+  service->information(out, 0, true);
+  service->threadsInformation(out, 0, true);
+  EXPECT_EQ(out.ReadAvailable(), 0);
 }
 
 } // namespace
