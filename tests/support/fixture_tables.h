@@ -1,6 +1,5 @@
 // Test support: hand-made tables registered under basetypes that the
-// catalogue leaves free: one column of every data type (`spares`), and small
-// tables whose outputs are easy to state exactly; and a fixture to print them.
+// catalogue leaves free, and a fixture to print them.
 #ifndef QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 #define QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 
@@ -39,34 +38,30 @@ inline PropertyMetaData typeTable[19] = {
 };
 
 // Small tables for layout tests; their labels are the dictionary's.
-#define QEL_FIXTURE_COLUMN(keyword, size, type, flags)                          \
-  {keyword, size, type, tGSnone, tGSnone, (flags & 1) != 0, (flags & 2) != 0, false, \
-   (flags & 4) != 0, false, SORT_STRING, nullptr}
-constexpr int PD = 3, PDW = 7;
+#define QEL_FIXTURE_COLUMN(keyword, size, type, track)                                   \
+  {keyword, size, type, tGSnone, tGSnone, true, true, false, track, false, SORT_STRING, nullptr}
 
 /// `snmp-users`: Name (STRING 10), Slot (U32 6).
-inline PropertyMetaData twoColumns[2] = {
-    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
-    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+inline PropertyMetaData twoColumns[2] = {QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
+                                         QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
 /// `snap-shot-parameters`: Name, Vendor, Model (STRING 8 each).
-inline PropertyMetaData threeColumns[3] = {
-    QEL_FIXTURE_COLUMN(tGSname, 8, COLTYPE_STRING, PD),
-    QEL_FIXTURE_COLUMN(tGSvendor, 8, COLTYPE_STRING, PD),
-    QEL_FIXTURE_COLUMN(tGSmodel, 8, COLTYPE_STRING, PD)};
+inline PropertyMetaData threeColumns[3] = {QEL_FIXTURE_COLUMN(tGSname, 8, COLTYPE_STRING, false),
+                                           QEL_FIXTURE_COLUMN(tGSvendor, 8, COLTYPE_STRING, false),
+                                           QEL_FIXTURE_COLUMN(tGSmodel, 8, COLTYPE_STRING, false)};
 /// `managed-logs`: Name (STRING 10), Unhealthy Component (QEL), Slot (U32 6).
 inline PropertyMetaData nestTable[3] = {
-    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
-    QEL_FIXTURE_COLUMN(tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, PD),
-    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
+    QEL_FIXTURE_COLUMN(tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, false),
+    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
 /// `copy-volume-status`: Timestamp (STRING 25, tracked), Description
 /// (STRING 3), Slot (U32 6).
 inline PropertyMetaData trackTable[3] = {
-    QEL_FIXTURE_COLUMN(tGStime_2Dstamp, 25, COLTYPE_STRING, PDW),
-    QEL_FIXTURE_COLUMN(tGSdescription, 3, COLTYPE_STRING, PD),
-    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, PD)};
+    QEL_FIXTURE_COLUMN(tGStime_2Dstamp, 25, COLTYPE_STRING, true),
+    QEL_FIXTURE_COLUMN(tGSdescription, 3, COLTYPE_STRING, false),
+    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
 /// `host-group-view-mappings`: Name (STRING 10), Size (BLOCKS 10).
 inline PropertyMetaData blocksTable[2] = {
-    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, PD),
+    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
     {tGSsize, 10, COLTYPE_BLOCKS, tGSnone, tGSnone, true, true, false, false, false, SORT_SIZE,
      nullptr}};
 #undef QEL_FIXTURE_COLUMN
@@ -87,30 +82,44 @@ inline void registerFixtureTables() {
   });
 }
 
-/// A session writing to a buffer; the descriptors given to own() are freed
-/// after each test.
+/// A session writing to a buffer. The descriptors given to own() are freed
+/// after each test, and every library block must be back by then.
 class SessionTest : public testing::Test {
 protected:
   static void SetUpTestSuite() { registerFixtureTables(); }
+  void SetUp() override { baseline_ = framework::Memory::liveAllocations(); }
   void TearDown() override {
     for (QEL_DESC *d : owned_)
       QEL_Free(d);
+    EXPECT_EQ(framework::Memory::liveAllocations(), baseline_) << "leaked blocks";
   }
   QEL_DESC *own(QEL_DESC *d) {
     owned_.push_back(d);
     return d;
   }
   /// `snmp-users` rows (names[r], r + 1) under object name \p name; not owned.
-  QEL_DESC *userRows(const std::vector<std::string> &names, GS_TokenValues name = tGSnone) {
+  QEL_DESC *userRows(const std::vector<std::string> &names, GS_TokenValues name = tGSnone,
+                     std::uint8_t format = 0) {
     const int n = static_cast<int>(names.size());
-    QEL_DESC *d = QEL_Create(&session_, tGSsnmp_2Dusers, name, n, 0);
+    QEL_DESC *d = QEL_Create(&session_, tGSsnmp_2Dusers, name, n, format);
     for (int r = 0; r < n; ++r) {
       QEL_FillColumnString(&session_, d, 0, r, names[static_cast<std::size_t>(r)].c_str());
       QEL_FillColumnU32(&session_, d, 1, r, static_cast<unsigned>(r + 1));
     }
     return d;
   }
+  /// `managed-logs` rows (alpha, \p nested, 7) and (beta, -, 8); owned.
+  QEL_DESC *logRows(QEL_DESC *nested, GS_TokenValues name = tGSnone, std::uint8_t format = 0) {
+    QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, name, 2, format));
+    QEL_FillColumnString(&session_, d, 0, 0, "alpha");
+    QEL_FillColumnQEL(&session_, d, 1, 0, nested);
+    QEL_FillColumnU32(&session_, d, 2, 0, 7);
+    QEL_FillColumnString(&session_, d, 0, 1, "beta");
+    QEL_FillColumnU32(&session_, d, 2, 1, 8);
+    return d;
+  }
 
+  long baseline_ = 0;
   utility::BufferStream out_{1 << 20};
   services::user::Session session_{out_};
   std::vector<QEL_DESC *> owned_;

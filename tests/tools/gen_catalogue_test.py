@@ -43,8 +43,8 @@ class Generators(unittest.TestCase):
         for name, text in files.items():
             with open(os.path.join(tmp, name), 'w') as f:
                 f.write(text)
-        out_h, out_cpp = os.path.join(tmp, 'out', 'c.h'), os.path.join(tmp, 'out', 'c.cpp')
-        args = [os.path.join(tmp, n) for n in files] + [out_h, out_cpp]
+        out_cpp = os.path.join(tmp, 'out', 'c.cpp')
+        args = [os.path.join(tmp, n) for n in files] + [os.path.join(tmp, 'out', 'c.h'), out_cpp]
         proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_catalogue.py')] + args,
                               capture_output=True, text=True)
         return proc, tmp, out_cpp

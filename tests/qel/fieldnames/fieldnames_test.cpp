@@ -1,16 +1,14 @@
-// The field-name dictionary: lookups and their fallbacks, the builders, and
-// the English texts and element names against their source files.
+// The field-name dictionary: lookups, their fallbacks and their bounds, and
+// the table indices and element names against their source files.
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -43,43 +41,6 @@ std::vector<std::vector<std::string>> sourceRecords(const std::string &name) {
     out.push_back(parts);
   }
   return out;
-}
-
-TEST_F(Dictionary, EnglishContentMatchesItsSource) {
-  std::vector<std::string> order;
-  std::map<std::string, std::vector<std::vector<std::string>>> records;
-  for (auto &parts : sourceRecords("en.txt")) {
-    parts.resize(4);
-    std::string keyword = parts[0].substr(0, parts[0].find('@'));
-    if (!records.count(keyword))
-      order.push_back(keyword);
-    records[keyword].push_back(parts);
-  }
-  ASSERT_EQ(order.size(), 977u);
-  int total = 0;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    const std::string &kw = order[i];
-    SCOPED_TRACE(kw);
-    unsigned token = strings::GS.toToken(kw.c_str());
-    ASSERT_NE(token, 0u);
-    ASSERT_EQ(static_cast<std::size_t>(fieldOf(token)), i + 1) << "follows the source order";
-    const FieldNameEntry &e = fields[i + 1];
-    ASSERT_EQ(e.length, records[kw].size());
-    for (int p = 0; p < e.length; ++p, ++total) {
-      const auto &r = records[kw][static_cast<std::size_t>(p)];
-      const FieldName &f = e.names[p];
-      auto at = r[0].find('@');
-      EXPECT_EQ(f.tableId,
-                at == std::string::npos ? 0u : strings::GS.toToken(r[0].c_str() + at + 1));
-      EXPECT_EQ(f.label, r[1]);
-      EXPECT_EQ(f.abbreviation, r[2]);
-      EXPECT_EQ(f.description, r[3]);
-      EXPECT_NE(f.label[0], '\0');
-    }
-  }
-  EXPECT_EQ(total, 999);
-  EXPECT_EQ(fields[0].names, nullptr);
-  EXPECT_EQ(fields[978].names, nullptr);
 }
 
 TEST_F(Dictionary, ElementNamesMatchTheirSource) {
@@ -123,14 +84,10 @@ TEST_F(Dictionary, TableIndicesOfEveryBasetype) {
     EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
 }
 
-// Locale lookups over hand-made translations, so the fallback rules are
-// tested apart from the translated content.
-TEST_F(Dictionary, LocaleFallbackIsPerFieldAndFollowsTheSwitch) {
+TEST_F(Dictionary, LocaleRecordsAndTheirFallbacks) {
   const int type = fieldOf(tGStype);
   FieldNameEntry &typeDe = locale_fields[LOCALE_DE - LOCALE_ES].entries[type];
-  FieldNameEntry &serialDe =
-      locale_fields[LOCALE_DE - LOCALE_ES].entries[fieldOf(tGSserial_2Dnumber)];
-  const FieldNameEntry savedType = typeDe, savedSerial = serialDe;
+  const FieldNameEntry saved = typeDe;
   // Same positions as English: default, drives, enclosures, 3 x sas, tasks.
   const FieldName typeTexts[7] = {{0, "", "", "Typ"},
                                   {tGSdrives, "Der Typ des Datentraegers", "", "Typ"},
@@ -140,26 +97,15 @@ TEST_F(Dictionary, LocaleFallbackIsPerFieldAndFollowsTheSwitch) {
                                   {tGSsas_2Dstatus_2Ddrawer, "d-sas", "", "Typ"},
                                   {tGStasks, "Typ des Vorgang", "", "Aufgabentyp"}};
   typeDe.names = typeTexts;
-  serialDe.names = nullptr; // no German texts for this field
-
   EXPECT_STREQ(getConsoleLabel(tGStype, tGStasks, LOCALE_DE), "Aufgabentyp");
   EXPECT_STREQ(getConsoleDescription(tGStype, tGSdrives, LOCALE_DE), "Der Typ des Datentraegers");
   // An empty localized text is returned as it is, not replaced by English.
   EXPECT_STREQ(getConsoleDescription(tGStype, tGSvolumes, LOCALE_DE), "");
-  EXPECT_STREQ(getConsoleLabel(tGSserial_2Dnumber, 0, LOCALE_DE), "Serial Number");
+  EXPECT_STREQ(getFieldNameStruct(LOCALE_DE, type, 6)->label, "Aufgabentyp");
   EXPECT_STREQ(getConsoleLabel(tGStype, 0, LOCALE_FR), "Type") << "other locale";
   EXPECT_STREQ(getConsoleLabel(tGStype, 0, static_cast<LocaleCode>(2073)), "Type");
   EXPECT_STREQ(getConsoleLabel(tGStype, 0, static_cast<LocaleCode>(0)), "Type");
-  services::capi::setL10NEnabled(false); // English, with its own variant records
-  EXPECT_STREQ(getConsoleLabel(tGStype, tGStasks, LOCALE_DE), "Task Type");
-  EXPECT_STREQ(getConsoleDescription(tGStype, tGSsas_2Dstatus_2Ddrawer, LOCALE_DE),
-               "Type of SAS PHY lane");
-  EXPECT_STREQ(getConsoleDescription(tGStype, tGSvolumes, LOCALE_DE), "") << "default record";
-  EXPECT_STREQ(getConsoleName(tGStype, tGStasks, LOCALE_DE), "Task Type");
-  services::capi::setL10NEnabled(true);
-  EXPECT_STREQ(getFieldNameStruct(LOCALE_DE, type, 6)->label, "Aufgabentyp");
-  typeDe = savedType;
-  serialDe = savedSerial;
+  typeDe = saved;
 }
 
 TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
@@ -184,29 +130,13 @@ TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
     EXPECT_STREQ(getJSONName(token), strings::GS.toString(token));
   }
   EXPECT_EQ(getXMLName(tGSstorage_2Dpools), nullptr);
+  for (const char *other : {"serial-number", "pool-hist-statistics", "no-such-table", (const char *)0})
+    EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
   EXPECT_EQ(log.texts(Route::Log),
             (std::vector<std::string>{"getAPIName( 0 ): invalid token",
                                       "getJSONName( 7627 ): invalid token",
                                       "getXMLName( 0 ): invalid token",
                                       "getXMLName: QEL field: storage-pools - not found"}));
-}
-
-TEST(Helpers, StrlwrAndDecimalPoint) {
-  char text[] = "Host_Port-A1";
-  EXPECT_EQ(strlwr(text), text);
-  EXPECT_STREQ(text, "host_port-a1");
-  EXPECT_EQ(strlwr(nullptr), nullptr);
-
-  const char points[] = ".,,,,.,...";
-  for (int i = 0; i < 10; ++i) {
-    setThreadLocale(i);
-    EXPECT_EQ(getDecimalPointForCurrentTask(), points[i]) << i;
-  }
-  setThreadLocale(3); // another thread keeps its own (English) locale
-  char other = 0;
-  std::thread([&] { other = getDecimalPointForCurrentTask(); }).join();
-  EXPECT_EQ(other, '.');
-  setThreadLocale(0);
 }
 
 } // namespace

@@ -1,10 +1,9 @@
-// The registry's operations and messages, and the registered catalogue
-// against its source files.
+// The registry's operations and messages, type and sort names, decoders,
+// and the registered catalogue against its source files.
 #include "support/library.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <map>
 #include <set>
@@ -29,17 +28,15 @@ protected:
 };
 
 TEST(TypeNames, DataTypesAndSortTypes) {
-  const char *types[19] = {"uint8",  "uint32", "uint8",  "uint32", "string", "object", "double",
-                           "string", "uint32", "uint64", "sint32", "string", "uint16", "string",
-                           "string", "string", "string", "string", "string"};
-  for (int t = 0; t < 19; ++t)
-    EXPECT_STREQ(getDataTypeStr(static_cast<ColumnDataType>(t)), types[t]) << t;
+  std::string types, sorts;
+  for (int t = 0; t <= 19; ++t) // 19 is past the last type
+    types += std::string(getDataTypeStr(static_cast<ColumnDataType>(t))) + " ";
+  for (int s = 0; s <= 6; ++s)
+    sorts += std::string(getSortType(static_cast<SortType>(s))) + " ";
+  EXPECT_EQ(types, "uint8 uint32 uint8 uint32 string object double string uint32 uint64 sint32 "
+                   "string uint16 string string string string string string unknown ");
+  EXPECT_EQ(sorts, "nosort diskslot datetime string integer size nosort ");
   EXPECT_STREQ(getDataTypeStr(COLTYPE_UNKNOWN), "unknown");
-  EXPECT_STREQ(getDataTypeStr(static_cast<ColumnDataType>(19)), "unknown");
-  const char *sorts[6] = {"nosort", "diskslot", "datetime", "string", "integer", "size"};
-  for (int s = 0; s < 6; ++s)
-    EXPECT_STREQ(getSortType(static_cast<SortType>(s)), sorts[s]) << s;
-  EXPECT_STREQ(getSortType(static_cast<SortType>(9)), "nosort");
 }
 
 TEST_F(Registry, IndexAndColumnBounds) {
@@ -50,10 +47,8 @@ TEST_F(Registry, IndexAndColumnBounds) {
   BaseTypeLookupTable[7625] = 0;
   EXPECT_EQ(registry()->getTableIndex(tGSvolumes), 128);
 
-  EXPECT_EQ(getColumnType(tGSevents, 0), COLTYPE_DATETIME);
   EXPECT_EQ(getColumnType(tGSvolumes, 41), COLTYPE_STRING); // the last column
   EXPECT_EQ(getColumnType(tGSvolumes, 42), COLTYPE_UNKNOWN);
-  EXPECT_EQ(getColumnType(tGSvolumes, -1), COLTYPE_UNKNOWN);
   EXPECT_EQ(getColumnType(tGSserial_2Dnumber, 0), COLTYPE_UNKNOWN);
   EXPECT_EQ(getColumnType(tGSstorage_2Dpools, 0), COLTYPE_STRING); // an overflow table
   EXPECT_EQ(registry()->getSlot(0), nullptr);
@@ -180,7 +175,9 @@ TEST_F(Registry, LastRegistrationWins) {
   EXPECT_EQ(registry()->getSlot(TableMetaDataManager::kIndexedSlots + 11),
             registry()->getTable(tGSinitiators));
   EXPECT_EQ(registry()->getSlot(TableMetaDataManager::kIndexedSlots + 12), nullptr);
-  EXPECT_EQ(log.texts(Route::Log).size(), 2u);
+  const std::string logged = "Possibly missing QEL TABLE entry. BaseTypeLookupTable[" +
+                             std::to_string(tGSinitiators) + "-1] (initiators) = 0";
+  EXPECT_EQ(log.texts(Route::Log), (std::vector<std::string>{logged, logged}));
 }
 
 TEST_F(Registry, SetColumnPrint) {
@@ -227,10 +224,9 @@ TEST(Decoders, WriteNumbersAndDisplayTexts) {
       {Preferences::decodeOutputType, tGSvolumes, "-1"},
       {Preferences::decodeStorageUnit, Preferences::UNITS_GB, "3"},
       {services::scheduler::TaskRepVol::decodeSnapMode, tGSnew_2Dsnapshot, "0"},
-      {decodeHealthStatus, 0, "OK"},       {decodeHealthStatus, 2, "Fault"},
-      {decodeHealthStatus, 4, "N/A"},      {decodeHealthStatus, 5, "Unknown"},
-      {decodeHealthStatus, 0xffffffffu, "Unknown"}, {decodeEnabledParam, 1, "Enabled"},
-      {decodeLocaleCode, LOCALE_DE, "German"},      {decodeProgress, 42, "42%"},
+      {decodeHealthStatus, 0, "OK"},       {decodeHealthStatus, 4, "N/A"},
+      {decodeHealthStatus, 5, "Unknown"},  {decodeHealthStatus, 0xffffffffu, "Unknown"},
+      {decodeLocaleCode, LOCALE_DE, "German"}, {decodeProgress, 42, "42%"},
       {decodeTemperatureValue, 37, "37 C"},
   };
   for (const auto &c : cases) {

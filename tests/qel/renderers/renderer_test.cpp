@@ -1,12 +1,9 @@
 // Cell formatting: every column type in normal and numeric form, the JSON
-// escaping path, the bounds messages, XML escaping and allocation per print.
+// escaping path, the bounds messages and allocation per print.
 #include "support/fixture_tables.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <ctime>
-#include <string>
 
 namespace {
 
@@ -28,7 +25,10 @@ protected:
     setenv("TZ", "UTC", 1);
     tzset();
   }
-  void SetUp() override { d_ = own(QEL_Create(&session_, tGSspares, tGSnone, 3, 0)); }
+  void SetUp() override {
+    SessionTest::SetUp();
+    d_ = own(QEL_Create(&session_, tGSspares, tGSnone, 3, 0));
+  }
   void TearDown() override {
     SessionTest::TearDown();
     setThreadLocale(0);
@@ -165,15 +165,6 @@ TEST_F(Format, BadArgumentsAreLoggedAndLeaveTheValueEmpty) {
             (std::vector<std::string>{"FormatData - max rows exceeded\n",
                                       "FormatData - max cols exceeded\n",
                                       "FormatData - pDesc is NULL\n"}));
-}
-
-TEST(ConvertBuffer, EscapesTheFiveSpecialCharacters) {
-  for (auto c : {std::pair<const char *, const char *>{"\"'<>&", "&quot;&apos;&lt;&gt;&amp;"},
-                 {"日本 & ü", "日本 &amp; ü"}, {"", ""}, {nullptr, ""}}) {
-    utility::BufferStream out(128);
-    Renderer::convertBuffer(out, c.first);
-    EXPECT_STREQ(out.pTail(), c.second);
-  }
 }
 
 // Rendering allocates per descriptor (the row-order array), never per row
