@@ -54,8 +54,8 @@ void expand(const char *text, int size, int n, char *out, int cap) {
 QEL_DESC *build(Session &session, int index, int rows);
 
 void fill(Session &session, QEL_DESC *d, const Value &v, int row, int n) {
-  const ColumnDataType type = getColumnType(d->tableId, v.column);
   const PropertyMetaData *prop = d->pColumns[v.column].pProperty;
+  const ColumnDataType type = prop->type;
   Session *s = &session;
   // Texts longer than any column of the catalogue are cut here; the
   // generator keeps sample texts within their columns anyway.
@@ -83,7 +83,7 @@ void fill(Session &session, QEL_DESC *d, const Value &v, int row, int n) {
   case COLTYPE_HEX_STRING: {
     // Both copy exactly the column's size in bytes: pad the value with NULs.
     unsigned char bytes[256] = {};
-    const int size = prop && prop->size > 0 && prop->size < 256 ? prop->size : 255;
+    const int size = prop->size > 0 && prop->size < 256 ? prop->size : 255;
     if (type == COLTYPE_STRING_N)
       std::memcpy(bytes, text, std::strlen(text) < static_cast<size_t>(size) ? std::strlen(text) : size);
     else

@@ -245,12 +245,7 @@ void ConsoleRenderer::printPairs(QEL_DESC *d, const char *title, int indent) {
       const _QEL_COLUMN_DESC &col = d->pColumns[c];
       if (col.print != 1)
         continue;
-      if (isNested(d, c)) {
-        if (nestedAt(d, r, c)) {
-          outputStream->PutC('\n');
-          printNested(d, r, c, indent + 2);
-        }
-      } else {
+      if (!printNestedCell(d, r, c, indent + 2)) {
         outputStream->Indent(indent);
         outputStream->PutF("%s: ", label(col.displayId, static_cast<int>(d->tableId)));
         Scratch &value = valueScratch(7000);
@@ -260,6 +255,18 @@ void ConsoleRenderer::printPairs(QEL_DESC *d, const char *title, int indent) {
       outputStream->PutC('\n');
     }
   }
+}
+
+// A QEL column's cell: its nested table (if any) below the current line.
+// False for a column of any other type, which the caller prints itself.
+bool ConsoleRenderer::printNestedCell(QEL_DESC *d, int row, int column, int indent) {
+  if (!isNested(d, column))
+    return false;
+  if (nestedAt(d, row, column)) {
+    outputStream->PutC('\n');
+    printNested(d, row, column, indent);
+  }
+  return true;
 }
 
 // Packed and status layouts: a line per row with the printed values one
@@ -273,13 +280,8 @@ void ConsoleRenderer::printValueLines(QEL_DESC *d, int indent, bool status) {
       const _QEL_COLUMN_DESC &col = d->pColumns[c];
       if (col.print != 1)
         continue;
-      if (isNested(d, c)) {
-        if (nestedAt(d, r, c)) {
-          outputStream->PutC('\n');
-          printNested(d, r, c, indent + 3);
-        }
+      if (printNestedCell(d, r, c, indent + 3))
         continue;
-      }
       Scratch &value = valueScratch(status ? 600 : col.pProperty ? col.pProperty->size : 0);
       FormatData(d, c, r, value, numericScratch(), false);
       outputStream->PutB(value.pTail(), value.ReadAvailable());

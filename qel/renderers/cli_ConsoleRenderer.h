@@ -33,6 +33,7 @@ private:
   void printEmbeddedRows(QEL_DESC *d, int indent);
   void printStatus(QEL_DESC *d, int indent);
   void printValueLines(QEL_DESC *d, int indent, bool status);
+  bool printNestedCell(QEL_DESC *d, int row, int column, int indent);
   void printNested(QEL_DESC *d, int row, int column, int indent);
 };
 

@@ -2,13 +2,9 @@
 file:line errors and write nothing."""
 
 import os
-import shutil
-import subprocess
-import sys
-import tempfile
 import unittest
 
-TOOLS = os.path.join(os.path.dirname(__file__), '..', '..', 'tools')
+import genharness
 
 KEYWORDS = """\
 1 volumes
@@ -34,27 +30,16 @@ array gQdbShowVolumes
 REGISTRATIONS = 'volumes gQdbShowVolumes yes name none none\n'
 
 
-class Generators(unittest.TestCase):
-    def run_catalogue(self, catalogue=CATALOGUE, registrations=REGISTRATIONS, decoders=DECODERS):
-        tmp = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, tmp)
+class Generators(genharness.GeneratorTest):
+    def assertFails(self, file, line, fragment, catalogue=CATALOGUE, registrations=REGISTRATIONS,
+                    decoders=DECODERS):
         files = {'keywords.txt': KEYWORDS, 'decoders.txt': decoders,
                  'catalogue.txt': catalogue, 'registrations.txt': registrations}
-        for name, text in files.items():
-            with open(os.path.join(tmp, name), 'w') as f:
-                f.write(text)
+        tmp = self.write_sources(files)
         out_cpp = os.path.join(tmp, 'out', 'c.cpp')
         args = [os.path.join(tmp, n) for n in files] + [os.path.join(tmp, 'out', 'c.h'), out_cpp]
-        proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_catalogue.py')] + args,
-                              capture_output=True, text=True)
-        return proc, tmp, out_cpp
-
-    def assertFails(self, file, line, fragment, **kwargs):
-        proc, tmp, out_cpp = self.run_catalogue(**kwargs)
-        self.assertEqual(proc.returncode, 1, proc.stderr)
-        self.assertTrue(proc.stderr.startswith(f'{os.path.join(tmp, file)}:{line}: error: '), proc.stderr)
-        self.assertIn(fragment, proc.stderr)
-        self.assertFalse(os.path.exists(out_cpp))
+        self.assertFailsAt(self.generate('gen_catalogue.py', args), os.path.join(tmp, file), line,
+                           fragment, out_cpp)
 
     def test_broken_sources(self):
         catalogue = [

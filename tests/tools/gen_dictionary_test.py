@@ -2,13 +2,9 @@
 and writes nothing; on good sources it places localized variants by table."""
 
 import os
-import shutil
-import subprocess
-import sys
-import tempfile
 import unittest
 
-TOOLS = os.path.join(os.path.dirname(__file__), '..', '..', 'tools')
+import genharness
 LOCALES = ['en', 'es', 'fr', 'de', 'it', 'jp', 'nl', 'zh_chs', 'zh_cht', 'ko']
 
 KEYWORDS = """\
@@ -31,29 +27,18 @@ tasks | Tasks
 """
 
 
-class DictionaryGenerator(unittest.TestCase):
+class DictionaryGenerator(genharness.GeneratorTest):
     def run_generator(self, en=EN, locales=None, basetypes='1 volumes\n2 drives\n3 tasks\n',
                       elements='type | Type\n', keywords=KEYWORDS):
-        tmp = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, tmp)
-        src, out, kw = os.path.join(tmp, 'dict'), os.path.join(tmp, 'out'), os.path.join(tmp, 'keywords.txt')
-        os.makedirs(src)
         files = {'en.txt': en, 'basetypes.txt': basetypes, 'elements.txt': elements}
         files.update({loc + '.txt': (locales or {}).get(loc, '') for loc in LOCALES[1:]})
-        for path, text in [(os.path.join(src, n), t) for n, t in files.items()] + [(kw, keywords)]:
-            with open(path, 'w', encoding='utf-8') as f:
-                f.write(text)
-        proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_dictionary.py'), kw, src, out],
-                              capture_output=True, text=True)
-        return proc, src, out
+        tmp = self.write_sources({'keywords.txt': keywords})
+        src, out = self.write_sources(files, os.path.join(tmp, 'dict')), os.path.join(tmp, 'out')
+        return self.generate('gen_dictionary.py', [os.path.join(tmp, 'keywords.txt'), src, out]), src, out
 
     def assertFails(self, expected_file, expected_line, fragment, **kwargs):
         proc, src, out = self.run_generator(**kwargs)
-        self.assertEqual(proc.returncode, 1, proc.stderr)
-        prefix = f'{os.path.join(src, expected_file)}:{expected_line}: error: '
-        self.assertTrue(proc.stderr.startswith(prefix), proc.stderr)
-        self.assertIn(fragment, proc.stderr)
-        self.assertFalse(os.path.exists(out), 'nothing is written on error')
+        self.assertFailsAt(proc, os.path.join(src, expected_file), expected_line, fragment, out)
 
     def test_good_sources(self):
         de = ('type@tasks | Aufgabentyp | | Typ des Vorgang\n'

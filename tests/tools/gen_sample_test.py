@@ -2,12 +2,9 @@
 sample sources stopped with file:line errors before anything is written."""
 
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 
-TOOLS = os.path.join(os.path.dirname(__file__), '..', '..', 'tools')
+import genharness
 
 KEYWORDS = """\
 1 volumes
@@ -62,22 +59,14 @@ show status layout=status
 """
 
 
-class SampleGenerator(unittest.TestCase):
+class SampleGenerator(genharness.GeneratorTest):
     def run_gen(self, sample):
-        tmp = tempfile.mkdtemp()
         files = {'keywords.txt': KEYWORDS, 'decoders.txt': DECODERS,
-                 'catalogue.txt': CATALOGUE, 'registrations.txt': REGISTRATIONS}
-        for name, text in files.items():
-            with open(os.path.join(tmp, name), 'w') as f:
-                f.write(text)
-        sample_path = os.path.join(tmp, 'sample.txt')
-        with open(sample_path, 'w') as f:
-            f.write(sample)
+                 'catalogue.txt': CATALOGUE, 'registrations.txt': REGISTRATIONS, 'sample.txt': sample}
+        tmp = self.write_sources(files)
         out = os.path.join(tmp, 'out', 'sample_data.cpp')
-        args = [os.path.join(tmp, n) for n in files] + [out, sample_path]
-        proc = subprocess.run([sys.executable, os.path.join(TOOLS, 'gen_sample.py')] + args,
-                              capture_output=True, text=True)
-        return proc, sample_path, out
+        args = [os.path.join(tmp, n) for n in files if n != 'sample.txt'] + [out, os.path.join(tmp, 'sample.txt')]
+        return self.generate('gen_sample.py', args), os.path.join(tmp, 'sample.txt'), out
 
     def test_values_by_column_type(self):
         proc, _, out = self.run_gen(GOOD)
@@ -122,10 +111,7 @@ class SampleGenerator(unittest.TestCase):
         for sample, line, fragment in cases:
             with self.subTest(fragment=fragment):
                 proc, path, out = self.run_gen(sample)
-                self.assertEqual(proc.returncode, 1, proc.stderr)
-                self.assertTrue(proc.stderr.startswith(f'{path}:{line}: error: '), proc.stderr)
-                self.assertIn(fragment, proc.stderr)
-                self.assertFalse(os.path.exists(out))
+                self.assertFailsAt(proc, path, line, fragment, out)
 
     def test_nested_object_may_not_contain_itself(self):
         sample = GOOD.replace('object st-detail status layout=pairs',
