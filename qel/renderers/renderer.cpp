@@ -545,7 +545,9 @@ Renderer::Text Renderer::cellText(Plan &plan, Column &col, QEL_CELL cell, bool n
     int len = static_cast<int>(std::strlen(text));
     while (len > 0 && strip(text[len - 1]))
       --len;
-    if (!json) {
+    if (!json || !std::any_of(text, text + len, [](char c) {
+          return c == '"' || c == '\\' || c == '\n' || c == '\r';
+        })) {
       t = {text, len};
       break;
     }
