@@ -399,7 +399,7 @@ void Renderer::endTable(Plan &, int) {}
 bool Renderer::visits(const Column &) const { return true; }
 
 bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
-  if (m_failed)
+  if (m_failed || !outputStream)
     return false;
   if (m_depth >= kMaxDepth) {
     if (!m_tooDeep)
