@@ -107,7 +107,7 @@ QEL_DESC *QEL_Create(services::user::Session *session, GS_TokenValues table,
   }
   const std::size_t blockSize = offsetof(QEL_DESC, cells) +
                                 static_cast<std::size_t>(cellCount) * sizeof(QEL_CELL) +
-                                sizeof(QEL_CELL); // the text chunks
+                                qel_detail::kTailWords * sizeof(QEL_CELL);
   auto *desc = static_cast<QEL_DESC *>(framework::Memory::StaticAlloc(blockSize));
   if (!desc) {
     allocationFailed();
@@ -162,7 +162,7 @@ void QEL_Free(QEL_DESC *head) {
     QEL_DESC *next = d->pNext;
     // Text copies go with their chunks; nested descriptors one by one.
     for (int c = 0; c < d->numColumns; ++c) {
-      if (getColumnType(d->tableId, c) != COLTYPE_QEL)
+      if (qel_detail::columnType(d, c) != COLTYPE_QEL)
         continue;
       for (int r = 0; r < d->numRows; ++r) {
         QEL_CELL &cell = cellAt(d, r, c);
@@ -280,12 +280,14 @@ void SORTOutput(QEL_DESC *desc, int *order) {
                   column < 0 ? "" : keywordText(desc->pColumns[column].pProperty->keywordId));
   for (int k = 0; k < n; ++k)
     order[k] = k;
+  if (qel_detail::flagsOf(desc) & qel_detail::kRowsInCallerOrder)
+    return; // QEL_SortRows ordered the rows
   if (column < 0) {
     if (debug)
       logDebugPrint("SORTOutput:finding sort Column (%d)\n", desc->numColumns);
     return;
   }
-  const ColumnDataType type = getColumnType(desc->tableId, column);
+  const ColumnDataType type = qel_detail::columnType(desc, column);
   if (sortType == SORT_NONE)
     return;
   if (debug) {
@@ -368,6 +370,112 @@ void SORTOutput(QEL_DESC *desc, int *order) {
       order[j] = order[j - 1];
     order[j] = key;
   }
+}
+
+// --- Choosing columns and ordering rows --------------------------------------
+
+void QEL_SelectColumns(QEL_DESC *desc, const GS_TokenValues *columns, int count) {
+  if (!desc || count < 0 || (count > 0 && !columns))
+    return;
+  const int n = desc->numColumns;
+  std::vector<int> chosen;
+  for (int i = 0; i < count; ++i) {
+    int found = -1;
+    for (int c = 0; c < n && found < 0; ++c)
+      if (desc->pColumns[c].keywordId == columns[i] &&
+          std::find(chosen.begin(), chosen.end(), c) == chosen.end())
+        found = c;
+    if (found < 0) {
+      logErrorPrint("QEL_SelectColumns: table %s has no column %s", keywordText(desc->tableId),
+                    keywordText(columns[i]));
+      return;
+    }
+    chosen.push_back(found);
+  }
+  // Nested tables of the columns left out are released now: nothing visits
+  // them again.
+  for (int c = 0; c < n; ++c) {
+    if (std::find(chosen.begin(), chosen.end(), c) != chosen.end() ||
+        qel_detail::columnType(desc, c) != COLTYPE_QEL)
+      continue;
+    for (int r = 0; r < desc->numRows; ++r) {
+      QEL_CELL &cell = cellAt(desc, r, c);
+      QEL_Free(reinterpret_cast<QEL_DESC *>(cell));
+      cell = 0;
+    }
+  }
+  std::vector<_QEL_COLUMN_DESC> described(desc->pColumns, desc->pColumns + n);
+  std::vector<QEL_CELL> row(static_cast<std::size_t>(n));
+  for (int i = 0; i < count; ++i)
+    desc->pColumns[i] = described[static_cast<std::size_t>(chosen[static_cast<std::size_t>(i)])];
+  for (int r = 0; r < desc->numRows; ++r) {
+    std::copy(&cellAt(desc, r, 0), &cellAt(desc, r, 0) + n, row.begin());
+    for (int i = 0; i < desc->maxColumns; ++i)
+      cellAt(desc, r, i) = i < count ? row[static_cast<std::size_t>(chosen[static_cast<std::size_t>(i)])] : 0;
+  }
+  desc->numColumns = count;
+}
+
+namespace {
+
+// The order of two cells of a column for QEL_SortRows: the catalogue's
+// comparison for the column's sort type; columns that the catalogue does
+// not sort compare by their type (numbers, sizes and texts as numbers or
+// text). A missing text sorts first.
+int rowCompare(const PropertyMetaData &p, QEL_CELL a, QEL_CELL b) {
+  const bool text = qel_detail::holdsPointer(p.type);
+  if (text && (!a || !b))
+    return (a != 0) - (b != 0);
+  if (p.sortType != SORT_NONE && p.sortType != SORT_SIZE)
+    return QEL_compare(p.sortType, p.type, a, b);
+  switch (p.type) {
+  case COLTYPE_U64:
+  case COLTYPE_BLOCKS:
+  case COLTYPE_BLOCKS2BYTES:
+    return threeWay(std::strtoull(reinterpret_cast<const char *>(a), nullptr, 10),
+                    std::strtoull(reinterpret_cast<const char *>(b), nullptr, 10));
+  case COLTYPE_I32:
+    return threeWay(static_cast<std::int32_t>(a), static_cast<std::int32_t>(b));
+  case COLTYPE_STRING:
+  case COLTYPE_STRING_N:
+  case COLTYPE_HEX_STRING:
+    return std::strcmp(reinterpret_cast<const char *>(a), reinterpret_cast<const char *>(b));
+  case COLTYPE_QEL:
+    return 0;
+  default:
+    return threeWay(static_cast<std::uint32_t>(a), static_cast<std::uint32_t>(b));
+  }
+}
+
+} // namespace
+
+void QEL_SortRows(QEL_DESC *desc, GS_TokenValues column, bool descending) {
+  if (!desc)
+    return;
+  int c = 0;
+  while (c < desc->numColumns && desc->pColumns[c].keywordId != column)
+    ++c;
+  if (c == desc->numColumns || !desc->pColumns[c].pProperty) {
+    logErrorPrint("QEL_SortRows: table %s has no column %s", keywordText(desc->tableId),
+                  keywordText(column));
+    return;
+  }
+  const PropertyMetaData &p = *desc->pColumns[c].pProperty;
+  const int n = desc->numRows;
+  std::vector<int> order(static_cast<std::size_t>(n));
+  for (int r = 0; r < n; ++r)
+    order[static_cast<std::size_t>(r)] = r;
+  std::stable_sort(order.begin(), order.end(), [&](int x, int y) {
+    const int k = rowCompare(p, cellAt(desc, x, c), cellAt(desc, y, c));
+    return descending ? k > 0 : k < 0;
+  });
+  const std::size_t width = static_cast<std::size_t>(desc->maxColumns);
+  std::vector<QEL_CELL> cells(&cellAt(desc, 0, 0), &cellAt(desc, 0, 0) + n * width);
+  for (int r = 0; r < n; ++r)
+    std::copy(&cells[static_cast<std::size_t>(order[static_cast<std::size_t>(r)]) * width],
+              &cells[static_cast<std::size_t>(order[static_cast<std::size_t>(r)]) * width] + width,
+              &cellAt(desc, r, 0));
+  qel_detail::flagsOf(desc) |= qel_detail::kRowsInCallerOrder;
 }
 
 // --- Print dispatch ---------------------------------------------------------

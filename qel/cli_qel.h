@@ -140,6 +140,22 @@ QEL_API void SORTOutput(QEL_DESC *desc, int *order);
 QEL_API int QEL_compare(SortType sortType, ColumnDataType type, QEL_CELL a,
                         QEL_CELL b);
 
+/// Chooses the columns \p desc prints, and their order: exactly the
+/// \p count columns whose keywords \p columns names (a keyword named twice
+/// takes the next column of that keyword). Call it once the descriptor is
+/// filled: the cells move with their columns, the nested tables of the
+/// columns left out are released, and fills after it address the new column
+/// numbers. A keyword the table does not have is logged ("QEL_SelectColumns:
+/// table %s has no column %s") and changes nothing.
+QEL_API void QEL_SelectColumns(QEL_DESC *desc, const GS_TokenValues *columns, int count);
+/// Sorts the filled rows of \p desc by the column whose keyword is
+/// \p column, ascending or \p descending; stable, with the catalogue's
+/// comparison for the column's sort type (by value for columns the catalogue
+/// does not sort; missing texts first). The cells move; every later print
+/// keeps this order instead of the catalogue's. An unknown column is logged
+/// ("QEL_SortRows: table %s has no column %s") and changes nothing.
+QEL_API void QEL_SortRows(QEL_DESC *desc, GS_TokenValues column, bool descending);
+
 /// Prints the chain that \p head starts in the session's output type: the
 /// document envelope goes to \p stream (switched to silent truncation), the
 /// tables to the session's output stream, or to \p stream for the console

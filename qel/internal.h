@@ -46,11 +46,25 @@ struct TextChunk {
   std::size_t used;  ///< bytes handed out
 };
 
-/// The block of a descriptor ends, past its cells, in one more word: its
-/// newest text chunk (0 before the first copy). It is not part of the
-/// reported size (allocSize).
+/// The block of a descriptor ends, past its cells, in two more words that
+/// are not part of the reported size (allocSize): its newest text chunk (0
+/// before the first copy), and flags.
 inline QEL_CELL &chunksOf(QEL_DESC *desc) {
   return desc->cells[static_cast<long>(desc->maxRows) * desc->maxColumns];
+}
+inline QEL_CELL &flagsOf(QEL_DESC *desc) {
+  return desc->cells[static_cast<long>(desc->maxRows) * desc->maxColumns + 1];
+}
+/// Flag: QEL_SortRows put the rows in order; printing keeps that order.
+constexpr QEL_CELL kRowsInCallerOrder = 1;
+constexpr int kTailWords = 2;
+
+/// The type of a descriptor's column: its property's (a descriptor whose
+/// columns were chosen with QEL_SelectColumns no longer follows the
+/// registry's column order).
+inline ColumnDataType columnType(const QEL_DESC *desc, int column) {
+  const PropertyMetaData *p = desc->pColumns[column].pProperty;
+  return p ? p->type : COLTYPE_UNKNOWN;
 }
 
 /// \p size bytes of storage for a copy in \p desc's chunks; null when memory

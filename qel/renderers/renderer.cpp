@@ -343,7 +343,7 @@ bool Renderer::fillPlan(Plan &plan, QEL_DESC *desc) {
     Column &col = plan.columns[c];
     col = Column{};
     col.index = c;
-    col.type = getColumnType(desc->tableId, c);
+    col.type = qel_detail::columnType(desc, c);
     col.desc = &desc->pColumns[c];
     col.property = col.desc->pProperty;
     col.companion = isNumericType(col.type);
