@@ -108,7 +108,9 @@ QEL_API void QEL_FillColumn(services::user::Session *session, QEL_DESC *desc,
 
 /// Typed fills: each reports a column of another type ("Invalid QEL Type
 /// (...)" through assertEngOnly) and then stores the value by the column's
-/// real type; a number for a pointer column is not stored.
+/// real type. Not stored: a number for a pointer column, a nested
+/// descriptor for a text column and a text for a nested-table column (the
+/// caller keeps such a descriptor).
 QEL_API void QEL_FillColumnHex8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);
 QEL_API void QEL_FillColumnHex32(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
 QEL_API void QEL_FillColumnU8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);
