@@ -181,11 +181,11 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  const long baseline = framework::Memory::liveAllocations();
   Input in{data, size};
   std::vector<QEL_DESC *> owned;
   utility::BufferStream sessionOut(4096);
   services::user::Session session(sessionOut);
+  const long baseline = framework::Memory::liveAllocations();
   while (!in.empty()) {
     const std::uint8_t op = in.byte();
     QEL_DESC *d = owned.empty() ? nullptr : owned[in.byte() % owned.size()];

@@ -9,6 +9,12 @@
 //
 // Nothing here throws. Bad input is reported through the platform's log and
 // leaves every descriptor usable.
+//
+// Threads (see qel.h): every function here may be called from any thread
+// once start-up has finished, on descriptors that thread owns. A chain, its
+// nested tables and the Session passed along belong to one thread at a
+// time; nothing here locks them. The registry they read is shared and safe
+// to read concurrently.
 #ifndef QEL_CLI_QEL_H
 #define QEL_CLI_QEL_H
 
