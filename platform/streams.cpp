@@ -45,24 +45,34 @@ int Buffer::WriteRemaining() const { return capacity - writePos; }
 
 int Buffer::ReadAvailable() const { return writePos - readPos; }
 
+// An advance out of range first clamps the position, then raises when
+// truncation is off: the invariants hold whether or not the caller catches
+// the exception. The range checks compare n with the distance to each limit
+// instead of adding it to the position, which could overflow int.
 void Buffer::WriteAdvance(int n) {
-  writePos += n;
-  if (writePos <= capacity && n >= 0)
+  const bool inRange = n >= 0 && n <= capacity - writePos;
+  if (inRange)
+    writePos += n;
+  else
+    writePos = n < 0 ? (n < readPos - writePos ? readPos : writePos + n) : capacity;
+  if (pData)
+    pData[writePos] = '\0';
+  if (inRange || silentTruncation)
     return;
-  if (!silentTruncation)
-    throwOverflow("src/util/ut_Buffer", 165,
-                  "virtual void utility::Buffer::WriteAdvance(int)");
-  writePos = std::min(std::max(writePos, readPos), capacity);
+  throwOverflow("src/util/ut_Buffer", 165,
+                "virtual void utility::Buffer::WriteAdvance(int)");
 }
 
 void Buffer::ReadAdvance(int n) {
-  readPos += n;
-  if (readPos <= writePos && n >= 0)
+  const bool inRange = n >= 0 && n <= writePos - readPos;
+  if (inRange)
+    readPos += n;
+  else
+    readPos = n < 0 ? (n < -readPos ? 0 : readPos + n) : writePos;
+  if (inRange || silentTruncation)
     return;
-  if (!silentTruncation)
-    throwOverflow("src/util/ut_Buffer", 185,
-                  "virtual void utility::Buffer::ReadAdvance(int)");
-  readPos = std::min(std::max(readPos, 0), writePos);
+  throwOverflow("src/util/ut_Buffer", 185,
+                "virtual void utility::Buffer::ReadAdvance(int)");
 }
 
 char *Buffer::pHead() const {

@@ -39,11 +39,13 @@ public:
   virtual int WriteRemaining() const;
   /// writePos - readPos.
   virtual int ReadAvailable() const;
-  /// Moves the head by \p n. Past the capacity (or n < 0) it throws code
-  /// 1239, or clamps to [readPos, capacity] under silent truncation.
+  /// Moves the head by \p n and terminates the text there. Past the
+  /// capacity (or n < 0) the head is clamped to [readPos, capacity], and
+  /// then, unless truncation is silent, code 1239 is thrown.
   virtual void WriteAdvance(int n);
-  /// Moves the tail by \p n. Past the head (or n < 0) it throws code 1239,
-  /// or clamps to [0, writePos] under silent truncation.
+  /// Moves the tail by \p n. Past the head (or n < 0) the tail is clamped
+  /// to [0, writePos], and then, unless truncation is silent, code 1239 is
+  /// thrown.
   virtual void ReadAdvance(int n);
 
   char *pHead() const;      ///< where the next byte is written

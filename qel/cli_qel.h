@@ -9,6 +9,12 @@
 //
 // Nothing here throws. Bad input is reported through the platform's log and
 // leaves every descriptor usable.
+//
+// Threads (see qel.h): every function here may be called from any thread
+// once start-up has finished, on descriptors that thread owns. A chain, its
+// nested tables and the Session passed along belong to one thread at a
+// time; nothing here locks them. The registry they read is shared and safe
+// to read concurrently.
 #ifndef QEL_CLI_QEL_H
 #define QEL_CLI_QEL_H
 
@@ -108,7 +114,9 @@ QEL_API void QEL_FillColumn(services::user::Session *session, QEL_DESC *desc,
 
 /// Typed fills: each reports a column of another type ("Invalid QEL Type
 /// (...)" through assertEngOnly) and then stores the value by the column's
-/// real type; a number for a pointer column is not stored.
+/// real type. Not stored: a number for a pointer column, a nested
+/// descriptor for a text column and a text for a nested-table column (the
+/// caller keeps such a descriptor).
 QEL_API void QEL_FillColumnHex8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);
 QEL_API void QEL_FillColumnHex32(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint32_t value);
 QEL_API void QEL_FillColumnU8(services::user::Session *session, QEL_DESC *desc, int column, int row, std::uint8_t value);

@@ -258,7 +258,9 @@ void fill(services::user::Session *session, QEL_DESC *desc, int column, int row,
 }
 
 // The typed operations' check: reports a column of another type, and says
-// whether the value may be stored (a number never goes into a pointer cell).
+// whether the value may be stored. A number never goes into a pointer cell,
+// and a nested descriptor and a text never go into each other's cells: the
+// cell would be printed and freed as what it is not.
 bool checkType(QEL_DESC *desc, int column, int row, ColumnDataType expected,
                const char *mismatchFormat, bool valueIsPointer) {
   const ColumnDataType actual = getColumnType(desc->tableId, column);
@@ -268,7 +270,9 @@ bool checkType(QEL_DESC *desc, int column, int row, ColumnDataType expected,
   std::snprintf(message, sizeof message, mismatchFormat, getDataTypeStr(actual),
                 columnName(desc, column), tableName(desc), column, row);
   assertEngOnly(false, message);
-  return valueIsPointer || !qel_detail::holdsPointer(actual);
+  if (!qel_detail::holdsPointer(actual))
+    return true;
+  return valueIsPointer && (expected == COLTYPE_QEL) == (actual == COLTYPE_QEL);
 }
 
 void typedNumber(services::user::Session *session, QEL_DESC *desc, int column,

@@ -6,6 +6,8 @@
 #include <platform/debug.h>
 #include <platform/framework.h>
 
+#include <climits>
+
 std::atomic<TableMetaDataManager *> TableMetaDataManager::m_Instance{nullptr};
 
 const char *getDataTypeStr(ColumnDataType type) {
@@ -138,6 +140,32 @@ void TableMetaDataManager::addTable(GS_TokenValues token,
                                     const char *primaryKey,
                                     const char *parentBasetype,
                                     const char *parentKeyProp) {
+  const char *tokenText = strings::GS.toString(token);
+  if (numColumns < 0 || numColumns > kMaxColumns || (numColumns > 0 && !properties)) {
+    logErrorPrint("TableMetaDataManager::addTable: table %s: %d columns%s; not registered",
+                  tokenText ? tokenText : "", numColumns,
+                  properties ? "" : " without properties");
+    return;
+  }
+  // Fixed-size cells copy `size` bytes and a hex string shows size / 2 of
+  // them through a 255-byte window: a size outside that would make the
+  // copy or the formatter read past the cell.
+  for (int i = 0; i < numColumns; ++i) {
+    PropertyMetaData &p = properties[i];
+    if (p.type != COLTYPE_HEX_STRING && p.type != COLTYPE_STRING_N)
+      continue;
+    const int limit = p.type == COLTYPE_HEX_STRING ? kMaxHexStringSize : INT_MAX;
+    if (p.size >= 0 && p.size <= limit)
+      continue;
+    const int clamped = p.size < 0 ? 0 : limit;
+    const char *columnText = strings::GS.toString(p.keywordId);
+    logErrorPrint("TableMetaDataManager::addTable: table %s, column %s: %s size %d "
+                  "is outside 0..%d; %d is used",
+                  tokenText ? tokenText : "", columnText ? columnText : "",
+                  p.type == COLTYPE_HEX_STRING ? "HEX_STRING" : "STRING_N", p.size, limit,
+                  clamped);
+    p.size = clamped;
+  }
   int index = getTableIndex(token);
   TableMetaData *table =
       new TableMetaData(token, properties, numColumns, wbi, primaryKey,
@@ -146,10 +174,9 @@ void TableMetaDataManager::addTable(GS_TokenValues token,
     tables[index] = table;
     return;
   }
-  const char *text = strings::GS.toString(token);
   framework::Logger::StaticLog(
       0, "Possibly missing QEL TABLE entry. BaseTypeLookupTable[%d-1] (%s) = %d",
-      static_cast<int>(token), text ? text : "", index);
+      static_cast<int>(token), tokenText ? tokenText : "", index);
   // Its own overflow slot: a later registration of the same token replaces
   // it; a full overflow area falls back to slot 0.
   for (int i = 0; i < overflowUsed; ++i) {

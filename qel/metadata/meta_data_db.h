@@ -58,17 +58,39 @@ enum SortType : std::uint32_t {
 /// An enumeration decoder: writes the display text of a value.
 using EnumDecoder = void (*)(utility::PutStream &, unsigned int);
 
+/// A property's print or draw default: a bool that one thread may change
+/// (SetColumnPrint) while others read it (QEL_Create, the metadata
+/// documents). Each read and write is a single relaxed atomic access, so a
+/// reader sees the old or the new value of each flag, never a torn one; a
+/// table created during the change may mix old print and new draw. Copies
+/// take the current value.
+class PropertyFlag {
+public:
+  constexpr PropertyFlag(bool on = false) : m_on(on) {}
+  PropertyFlag(const PropertyFlag &other) : m_on(bool(other)) {}
+  PropertyFlag &operator=(const PropertyFlag &other) { return *this = bool(other); }
+  PropertyFlag &operator=(bool on) {
+    m_on.store(on, std::memory_order_relaxed);
+    return *this;
+  }
+  operator bool() const { return m_on.load(std::memory_order_relaxed); }
+
+private:
+  std::atomic<bool> m_on;
+};
+
 /// The definition of one property (column) of a table. Catalogue arrays of
-/// it live for the whole process; only `print`, `draw` (SetColumnPrint) and
-/// the name-column sizes (set at load time) ever change.
+/// it live for the whole process; only `print`, `draw` (SetColumnPrint, from
+/// any thread at any time) and the name-column sizes (set at load time)
+/// ever change.
 struct PropertyMetaData {
   GS_TokenValues keywordId;         ///< the property's keyword
   std::int32_t size;                ///< display width in characters
   ColumnDataType type;              ///< the cells' data type
   GS_TokenValues qualifierNameId;   ///< extra XML attribute name, or 1153
   GS_TokenValues qualifierValueId;  ///< extra XML attribute value, or 1153
-  bool print;                       ///< console print default
-  bool draw;                        ///< XML draw default
+  PropertyFlag print;               ///< console print default
+  PropertyFlag draw;                ///< XML draw default
   bool key;                         ///< identifies the object
   bool trackWidth;                  ///< console width follows the data
   bool sort;                        ///< rows sort on this (last one wins)
@@ -141,7 +163,9 @@ public:
   static TableMetaDataManager *getTableMetaDataManager(LocaleCode locale);
   /// Changes the print and draw defaults of the first property of \p table
   /// whose keyword is \p column. Logs (logErrorPrint) when there is no
-  /// registry, no such table or no such column.
+  /// registry, no such table or no such column. Safe from any thread at any
+  /// time; descriptors created afterwards take the new defaults, existing
+  /// ones keep theirs (see PropertyFlag).
   static void SetColumnPrint(GS_TokenValues table, GS_TokenValues column,
                              bool print, bool draw);
 
@@ -151,9 +175,18 @@ public:
   int getTableIndex(GS_TokenValues token) const;
   /// The table of a basetype token, or null.
   TableMetaData *getTable(GS_TokenValues token) const;
+  /// Most columns a table may have (a descriptor counts them in 16 bits).
+  static constexpr int kMaxColumns = 65535;
+  /// Largest size of a HEX_STRING property: 255 bytes shown as hex.
+  static constexpr int kMaxHexStringSize = 510;
+
   /// Registers a table in the slot of its table index, replacing what the
   /// slot held. A basetype without a table index is logged and kept in an
-  /// overflow slot of its own.
+  /// overflow slot of its own. Not registered (logged): a column count
+  /// outside 0..kMaxColumns, or columns without properties. A HEX_STRING
+  /// size outside 0..kMaxHexStringSize, or a negative STRING_N size, is
+  /// logged and clamped into that range in \p properties. Registration
+  /// happens at start-up, before other threads use the registry.
   void addTable(GS_TokenValues token, PropertyMetaData *properties,
                 int numColumns, bool wbi, const char *primaryKey,
                 const char *parentBasetype, const char *parentKeyProp);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
 #include <memory>
 #include <string>
 
@@ -89,34 +91,49 @@ TEST(BufferStream, LengthBoundaries) {
   EXPECT_EQ(none.ReadAvailable(), 0);
 }
 
-TEST(Buffer, AdvanceBeyondTheLimitsRaisesWithItsOwnSource) {
+// An advance keeps 0 <= readPos <= writePos <= capacity whatever n is: out
+// of range it clamps, then raises unless truncation is silent, so a caller
+// that catches the exception goes on with a valid stream. Positions start at
+// read 2, write 6 of 8.
+TEST(Buffer, AdvancesClampThenRaise) {
   const char *write = "virtual void utility::Buffer::WriteAdvance(int)";
   const char *read = "virtual void utility::Buffer::ReadAdvance(int)";
-  for (int n : {9, -1}) { // past the capacity or backwards
-    BufferStream w(8), r(8);
-    w.PutS("abc");
-    r.PutS("abc");
-    expectOverflow([&] { w.WriteAdvance(n); }, "src/util/ut_Buffer", 165, write);
-    expectOverflow([&] { r.ReadAdvance(n < 0 ? n : 4); }, "src/util/ut_Buffer", 185, read);
+  struct Case {
+    bool head; // WriteAdvance, else ReadAdvance
+    int n, readPos, writePos;
+    bool raises;
+  } cases[] = {
+      {true, 2, 2, 8, false},        {true, 3, 2, 8, true},
+      {true, INT_MAX, 2, 8, true},   {true, -1, 2, 5, true},
+      {true, -100, 2, 2, true},      {true, INT_MIN, 2, 2, true},
+      {false, 4, 6, 6, false},       {false, 5, 6, 6, true},
+      {false, INT_MAX, 6, 6, true},  {false, -1, 1, 6, true},
+      {false, INT_MIN, 0, 6, true},
+  };
+  for (const auto &c : cases) {
+    for (bool silent : {true, false}) {
+      SCOPED_TRACE(testing::Message() << (c.head ? "write " : "read ") << c.n
+                                      << (silent ? " silent" : " strict"));
+      BufferStream s(8);
+      s.PutS("abcdef");
+      s.ReadAdvance(2);
+      s.setSilentTruncation(silent);
+      auto advance = [&] { c.head ? s.WriteAdvance(c.n) : s.ReadAdvance(c.n); };
+      if (c.raises && !silent)
+        expectOverflow(advance, "src/util/ut_Buffer", c.head ? 165 : 185, c.head ? write : read);
+      else
+        advance();
+      EXPECT_EQ(s.WritePosition(), c.writePos);
+      EXPECT_EQ(s.ReadAvailable(), c.writePos - c.readPos);
+      // Still usable: text after it stays inside the storage.
+      s.setSilentTruncation(true);
+      s.PutF("%s", "wxyz");
+      s.PutS("wxyz");
+      EXPECT_EQ(s.WritePosition(), std::min(8, c.writePos + 8));
+      char block[16];
+      EXPECT_EQ(s.ReceiveInputStream(block, sizeof block), s.WritePosition() - c.readPos);
+    }
   }
-}
-
-TEST(Buffer, AdvanceUnderSilentTruncationClamps) {
-  BufferStream s(8);
-  s.setSilentTruncation(true);
-  s.PutS("abcdef");
-  s.ReadAdvance(2);
-  s.WriteAdvance(100); // clamped to the capacity
-  EXPECT_EQ(s.WritePosition(), 8);
-  s.WriteAdvance(-100); // raised back to the read position
-  EXPECT_EQ(s.WritePosition(), 2);
-  s.Rewind();
-  s.PutS("xy");
-  s.ReadAdvance(-1); // below zero: stays at 0
-  EXPECT_STREQ(s.pTail(), "xy");
-  s.ReadAdvance(50); // past the head: stops at it
-  EXPECT_EQ(s.ReadAvailable(), 0);
-  EXPECT_EQ(s.WritePosition(), 2);
 }
 
 TEST(OutputStream, TransferFromInputStream) {

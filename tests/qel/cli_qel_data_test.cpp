@@ -175,6 +175,18 @@ TEST_F(Fill, NumbersNeverBecomePointers) {
   static const char someText[] = "x";
   QEL_FillColumn(&session_, d_, 3, 3, static_cast<const void *>(someText));
   EXPECT_EQ(cell(3, 3), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(someText)));
+  // Nor does a text become a nested table, or a descriptor a text: reported
+  // and not stored; the caller keeps its descriptor.
+  QEL_DESC *nested = userRows({"n"});
+  QEL_FillColumnString(&session_, d_, 5, 0, someText);
+  QEL_FillColumnU64(&session_, d_, 5, 1, "1");
+  QEL_FillColumnQEL(&session_, d_, 4, 0, nested);
+  QEL_FillColumnQEL(&session_, d_, 14, 0, nested);
+  for (int column : {4, 5, 14})
+    EXPECT_EQ(cell(0, column), 0u) << column;
+  EXPECT_EQ(cell(1, 5), 0u);
+  EXPECT_EQ(log.texts(Route::Assert).size(), 6u);
+  QEL_Free(nested);
 }
 
 TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {

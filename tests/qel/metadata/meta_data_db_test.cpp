@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -178,6 +180,52 @@ TEST_F(Registry, LastRegistrationWins) {
   const std::string logged = "Possibly missing QEL TABLE entry. BaseTypeLookupTable[" +
                              std::to_string(tGSinitiators) + "-1] (initiators) = 0";
   EXPECT_EQ(log.texts(Route::Log), (std::vector<std::string>{logged, logged}));
+}
+
+// A registration the descriptors cannot hold is refused, keeping the slot's
+// table; a fixed-size property whose size would make the copy or the hex
+// formatter read past the cell is clamped. Both are logged.
+TEST_F(Registry, MalformedRegistrationsAreRefusedOrClamped) {
+  const std::string column = "TableMetaDataManager::addTable: table spares, column serial-number: ";
+  const std::string refused = "TableMetaDataManager::addTable: table spares: ";
+  constexpr int kRefused = INT_MIN;
+  struct Case {
+    ColumnDataType type;
+    int size, numColumns;
+    bool withProperties;
+    int registeredSize; // kRefused: not registered
+    std::string message;
+  } cases[] = {
+      {COLTYPE_HEX_STRING, -2, 1, true, 0, column + "HEX_STRING size -2 is outside 0..510; 0 is used"},
+      {COLTYPE_HEX_STRING, 600, 1, true, 510, column + "HEX_STRING size 600 is outside 0..510; 510 is used"},
+      {COLTYPE_HEX_STRING, 510, 1, true, 510, ""},
+      {COLTYPE_STRING_N, -5, 1, true, 0, column + "STRING_N size -5 is outside 0..2147483647; 0 is used"},
+      {COLTYPE_STRING, -5, 1, true, -5, ""}, // only a display width
+      {COLTYPE_STRING, 4, -1, true, kRefused, refused + "-1 columns; not registered"},
+      {COLTYPE_STRING, 4, 65536, true, kRefused, refused + "65536 columns; not registered"},
+      {COLTYPE_STRING, 4, 1, false, kRefused, refused + "1 columns without properties; not registered"},
+  };
+  static PropertyMetaData properties[std::size(cases)];
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.message);
+    PropertyMetaData &p = properties[&c - cases];
+    p = {tGSserial_2Dnumber, c.size, c.type, tGSnone, tGSnone, true, true, false, false, false,
+         SORT_NONE, nullptr};
+    LogCapture log;
+    TableMetaData *before = table("spares");
+    registry()->addTable(tGSspares, c.withProperties ? &p : nullptr, c.numColumns, true,
+                         pGSnone, pGSnone, pGSnone);
+    TableMetaData *after = table("spares");
+    EXPECT_EQ(log.texts(Route::Error),
+              c.message.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.message});
+    if (c.registeredSize == kRefused) {
+      EXPECT_EQ(after, before);
+      continue;
+    }
+    ASSERT_NE(after, before);
+    delete before;
+    EXPECT_EQ(after->getPropertyDef(0)->size, c.registeredSize);
+  }
 }
 
 TEST_F(Registry, SetColumnPrint) {

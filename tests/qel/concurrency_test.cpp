@@ -1,0 +1,110 @@
+// Threads: racing first use of start-up and getQel, and eight threads
+// creating, filling and printing tables in different locales and output
+// types while another changes column defaults. Each test runs in a process
+// of its own (CTest), so the first test really is the first use. Built and
+// run under ThreadSanitizer in CI.
+#include "support/fixture_tables.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+using Preferences = services::user::Preferences;
+using services::qel::Qel;
+
+constexpr int kThreads = 8;
+
+// Runs \p body on kThreads threads released together.
+template <typename F> void race(F body) {
+  std::atomic<int> waiting{kThreads};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      waiting.fetch_sub(1);
+      while (waiting.load() > 0)
+        std::this_thread::yield();
+      body(t);
+    });
+  for (auto &thread : threads)
+    thread.join();
+}
+
+TEST(Concurrency, FirstUseOfStartUpAndGetQel) {
+  Qel *found[kThreads] = {};
+  TableMetaData *volumes[kThreads] = {};
+  race([&](int t) {
+    if (t % 2)
+      QEL_Start();
+    framework::Container::getContainer()->buildService(pGSQel);
+    found[t] = &Qel::getQel();
+    volumes[t] = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
+  });
+  for (int t = 0; t < kThreads; ++t) {
+    EXPECT_EQ(found[t], found[0]) << t;
+    EXPECT_NE(volumes[t], nullptr) << t;
+  }
+  EXPECT_EQ(framework::Container::getContainer()->findService(pGSQel), found[0]);
+}
+
+// A `managed-logs` table with a nested `snmp-users` table and a row of every
+// cell type linked after it, printed in \p type and \p locale.
+std::string printJob(Preferences::OutputType type, LocaleCode locale) {
+  utility::BufferStream out(1 << 16);
+  services::user::Session s(out);
+  s.getPreferences().setOutputFormat(type);
+  s.getPreferences().setLocale(locale);
+  QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 4, 0);
+  for (int r = 0; r < 4; ++r) {
+    QEL_FillColumnString(&s, top, 0, r, r % 2 ? "b<&>" : "a\"x\"");
+    QEL_FillColumnU32(&s, top, 2, r, static_cast<unsigned>(4 - r));
+  }
+  QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
+  QEL_FillColumnString(&s, nested, 0, 0, "n0");
+  QEL_FillColumnU32(&s, nested, 1, 1, 9);
+  QEL_FillColumnQEL(&s, top, 1, 1, nested);
+  QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
+  QEL_FillColumnString(&s, types, 4, 0, "name");
+  QEL_FillColumnEnum(&s, types, 7, 0, 1);
+  QEL_FillColumnBlocks(&s, types, 14, 0, "2048");
+  QEL_FillColumnDateTime(&s, types, 15, 0, 1700000000u);
+  QEL_FillColumnEnumToken(&s, types, 17, 0, Preferences::OUTPUT_API);
+  QEL_link(top, types);
+  QEL_Print_Data(top, &s, out, true, true, "show");
+  QEL_Free(top);
+  cli_metaHandler(&s, "snmp-users");
+  return out.pTail();
+}
+
+TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
+  qeltest::registerFixtureTables();
+  const Preferences::OutputType types[] = {
+      Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
+      Preferences::OUTPUT_XML2,    Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
+      Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG};
+  const LocaleCode locales[] = {LOCALE_EN, LOCALE_DE, LOCALE_JP, LOCALE_FR,
+                                LOCALE_ZH_CHT, LOCALE_KO, LOCALE_ES, LOCALE_NL};
+  // Each thread's document, printed alone first.
+  std::string expected[kThreads];
+  for (int t = 0; t < kThreads; ++t)
+    expected[t] = printJob(types[t], locales[t]);
+  std::atomic<bool> done{false};
+  // The print and draw defaults of a column every thread creates, set to
+  // what they are while the threads read them.
+  PropertyMetaData &slot = qeltest::twoColumns[1];
+  std::thread defaults([&] {
+    while (!done.load())
+      TableMetaDataManager::SetColumnPrint(tGSsnmp_2Dusers, tGSslot, slot.print, slot.draw);
+  });
+  int mismatches[kThreads] = {};
+  race([&](int t) {
+    for (int i = 0; i < 25; ++i)
+      mismatches[t] += printJob(types[t], locales[t]) != expected[t];
+  });
+  done.store(true);
+  defaults.join();
+  for (int t = 0; t < kThreads; ++t)
+    EXPECT_EQ(mismatches[t], 0) << "thread " << t;
+}
+
+} // namespace
