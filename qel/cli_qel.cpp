@@ -419,14 +419,20 @@ void QEL_SelectColumns(QEL_DESC *desc, const GS_TokenValues *columns, int count)
 namespace {
 
 // The order of two cells of a column for QEL_SortRows: the catalogue's
-// comparison for the column's sort type; columns that the catalogue does
-// not sort compare by their type (numbers, sizes and texts as numbers or
+// comparison for the column's sort type where it applies to the column's
+// type; otherwise by the type (numbers, sizes and texts as numbers or
 // text). A missing text sorts first.
 int rowCompare(const PropertyMetaData &p, QEL_CELL a, QEL_CELL b) {
   const bool text = qel_detail::holdsPointer(p.type);
   if (text && (!a || !b))
     return (a != 0) - (b != 0);
-  if (p.sortType != SORT_NONE && p.sortType != SORT_SIZE)
+  const bool applies = p.sortType == SORT_DISKSLOT   ? p.type == COLTYPE_STRING
+                       : p.sortType == SORT_STRING  ? p.type == COLTYPE_STRING ||
+                                                          p.type == COLTYPE_STRING_N ||
+                                                          p.type == COLTYPE_HEX_STRING
+                       : p.sortType == SORT_INTEGER || p.sortType == SORT_DATETIME ? !text
+                                                                                  : false;
+  if (applies)
     return QEL_compare(p.sortType, p.type, a, b);
   switch (p.type) {
   case COLTYPE_U64:

@@ -231,3 +231,71 @@ TEST_F(Sorting, FastSortEqualsTheInsertionSort) {
 }
 
 } // namespace
+
+namespace {
+
+// The lines of a console print, trailing blanks cut (the closing rule has
+// no line break and is not among them).
+std::vector<std::string> consoleLines(utility::BufferStream &out,
+                                      services::user::Session &session, QEL_DESC *d) {
+  out.Rewind();
+  d->printed = 0;
+  ConsoleRenderer(&session).PrintTable(d, 0, 0);
+  std::vector<std::string> lines;
+  std::string text = out.pTail(), line;
+  for (char c : text) {
+    if (c != '\n') {
+      line += c;
+      continue;
+    }
+    lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
+    line.clear();
+  }
+  return lines;
+}
+
+class Columns : public qeltest::SessionTest {};
+
+// Choosing columns moves the cells with them and drops (and frees) the
+// rest; sorting by a column moves rows and beats the catalogue's sort
+// column in every later print; descending keeps ties in their order.
+TEST_F(Columns, SelectAndSortRows) {
+  QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone, 4, 0));
+  const char *names[] = {"delta", "alpha", "charlie", "bravo"};
+  const unsigned slots[] = {2, 9, 2, 5};
+  for (int r = 0; r < 4; ++r) {
+    QEL_FillColumnString(&session_, d, 0, r, names[r]);
+    QEL_FillColumnU32(&session_, d, 2, r, slots[r]);
+    QEL_FillColumnQEL(&session_, d, 1, r, QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0));
+  }
+  const GS_TokenValues order[] = {tGSslot, tGSname};
+  QEL_SelectColumns(d, order, 2);
+  ASSERT_EQ(d->numColumns, 2);
+  struct {
+    GS_TokenValues column;
+    bool descending;
+    std::vector<std::string> rows;
+  } cases[] = {
+      {tGSname, false, {"9      alpha", "5      bravo", "2      charlie", "2      delta"}},
+      {tGSslot, false, {"2      charlie", "2      delta", "5      bravo", "9      alpha"}},
+      {tGSname, true, {"2      delta", "2      charlie", "5      bravo", "9      alpha"}},
+      {tGSslot, true, {"9      alpha", "5      bravo", "2      delta", "2      charlie"}},
+  };
+  for (const auto &c : cases) {
+    QEL_SortRows(d, c.column, c.descending);
+    std::vector<std::string> lines = consoleLines(out_, session_, d);
+    ASSERT_EQ(lines.size(), 6u) << "header, rule, four rows";
+    EXPECT_EQ(lines[0], "Slot   Name");
+    EXPECT_EQ(std::vector<std::string>(lines.begin() + 2, lines.begin() + 6), c.rows);
+  }
+  qeltest::LogCapture log;
+  const GS_TokenValues unknown[] = {tGSvendor};
+  QEL_SelectColumns(d, unknown, 1);
+  QEL_SortRows(d, tGSvendor, false);
+  EXPECT_EQ(d->numColumns, 2);
+  EXPECT_EQ(log.texts(qeltest::LogCapture::Route::Error),
+            (std::vector<std::string>{"QEL_SelectColumns: table managed-logs has no column vendor",
+                                      "QEL_SortRows: table managed-logs has no column vendor"}));
+}
+
+} // namespace
