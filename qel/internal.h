@@ -53,6 +53,9 @@ extern const std::size_t kDerivedNameCount;
 /// The derived names of \p token, or null when it has none.
 const DerivedName *findDerivedName(unsigned token);
 
+/// Whether QEL_Start has built the dictionary and registered the catalogue.
+bool libraryStarted();
+
 /// A put stream over inline storage of N bytes: a scratch stream that costs
 /// no allocation. It behaves as a utility::BufferStream of N bytes.
 template <int N> class ScratchStream : public utility::PutStream {

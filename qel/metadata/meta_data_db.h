@@ -127,6 +127,8 @@ private:
 };
 
 /// The registry of table definitions.
+QEL_API void initGSables();
+
 class QEL_API TableMetaDataManager {
 public:
   /// Registry slots addressed by table index (0..132).
@@ -152,8 +154,10 @@ public:
   /// The table of a basetype token, or null.
   TableMetaData *getTable(GS_TokenValues token) const;
   /// Registers a table in the slot of its table index, replacing what the
-  /// slot held. A basetype without a table index is logged and kept in an
-  /// overflow slot of its own.
+  /// slot held. A basetype without a table index is logged ("Possibly
+  /// missing QEL TABLE entry ...") and kept in an overflow slot of its own.
+  /// The catalogue's own eleven such basetypes are expected there: start-up
+  /// reports them as debug lines (category 1192) only.
   void addTable(GS_TokenValues token, PropertyMetaData *properties,
                 int numColumns, bool wbi, const char *primaryKey,
                 const char *parentBasetype, const char *parentKeyProp);
@@ -174,11 +178,13 @@ public:
   static std::atomic<TableMetaDataManager *> m_Instance;
 
 private:
+  friend void initGSables();
   TableMetaDataManager();
 
   std::atomic<std::uint32_t> currentLocale; ///< shared by all threads
   TableMetaData *tables[kSlots];             ///< slot i: table index i
   int overflowUsed = 0;                      ///< overflow slots taken
+  bool registeringCatalogue = false;         ///< inside initGSables
 };
 
 /// Registers the whole catalogue (generated from the catalogue source).
