@@ -242,8 +242,56 @@ class Options(unittest.TestCase):
         self.assertRegex(base2, r'GiB|TiB|GB|TB')
 
     def test_help_and_version(self):
-        self.assertIn('usage: qel', qel('--help').stdout.decode())
-        self.assertRegex(qel('--version').stdout.decode(), r'^qel \d+\.\d+\.\d+\n$')
+        for flag in ('--help', '-h'):
+            self.assertIn('usage: qel', qel(flag).stdout.decode())
+        for flag in ('--version', '-V'):
+            self.assertRegex(qel(flag).stdout.decode(), r'^qel \d+\.\d+\.\d+\n$')
+
+    def test_short_options_end_of_options_and_layouts(self):
+        long = qel('--format', 'api', '--locale', 'de', 'show', 'hosts').stdout
+        self.assertEqual(qel('-f', 'api', '-l', 'de', '--', 'show', 'hosts').stdout, long)
+        self.assertEqual(qel('show', '--format=api', '--loc', 'de', 'hosts').stdout, long)
+        plain = qel('--width', '1000', 'show', 'volumes').stdout.decode().splitlines()
+        bare = qel('-n', '-w', '1000', 'show', 'volumes').stdout.decode().splitlines()
+        self.assertTrue(plain[0].startswith('Vdisk') and plain[1].startswith('----'), plain[:2])
+        names = lambda lines: sorted(line.split()[1] for line in lines)
+        self.assertEqual(names(bare[:5]), names(plain[2:7]), 'the same rows, no header or rule')
+        pairs = qel('--layout', 'pairs', 'show', 'volumes').stdout.decode()
+        self.assertIn('\nVolume Name: vd01_v001\n', '\n' + pairs)
+        self.assertEqual(qel('--layout', 'rows', 'show', 'system').stdout.decode().count('\nSystem Name '), 0)
+
+    def test_progress_only_on_a_terminal(self):
+        import pty
+        # Without a terminal stderr stays empty: EveryTable checks that.
+        args = ['--format', 'api', '--rows', '150000', 'show', 'volumes']
+        master, slave = pty.openpty()
+        proc = subprocess.run([QEL] + args, stdout=subprocess.DEVNULL, stderr=slave, env=ENV)
+        os.close(slave)
+        seen = b''
+        try:
+            while True:
+                chunk = os.read(master, 4096)
+                if not chunk:
+                    break
+                seen += chunk
+        except OSError:
+            pass
+        os.close(master)
+        self.assertEqual(proc.returncode, 0)
+        self.assertIn(b'qel: show volumes: ', seen)
+        self.assertTrue(seen.endswith(b'\r\x1b[K'), seen[-40:])
+
+    def test_output_and_sort(self):
+        proc = qel('-f', 'api', '-o', 'size,volume-name', '--sort', '-size', 'show', 'volumes', check=False)
+        if proc.returncode == 1 and b'needs a library with column selection' in proc.stderr:
+            self.skipTest('the library has no QEL_SelectColumns/QEL_SortRows yet')
+        self.assertEqual(proc.returncode, 0, proc.stderr)
+        doc = proc.stdout.decode()
+        first = doc[doc.index('basetype="volumes"'):]
+        first = first[:first.index('</OBJECT>')]
+        self.assertEqual(re.findall(r'name="([a-z-]+)"', first)[:2], ['size', 'size-numeric'])
+        sizes = [int(n) for n in re.findall(r'name="size-numeric"[^>]*>(\d+)<', doc)]
+        self.assertEqual(sizes, sorted(sizes, reverse=True))
 
     def test_bad_input(self):
         cases = [
@@ -262,6 +310,29 @@ class Options(unittest.TestCase):
             (['--rows', '-5', 'show', 'volumes'], 'invalid value "-5" for --rows'),
             (['show', 'volumes', '--format'], 'option --format needs a value'),
             (['--dtd=yes', 'show', 'volumes'], 'option --dtd takes no value'),
+            (['-x', 'show', 'volumes'], 'unknown option -x'),
+            (['-f'], 'option --format needs a value'),
+            (['--rows', ' 5', 'show', 'volumes'], 'invalid value " 5" for --rows'),
+            (['--rows', '+5', 'show', 'volumes'], 'invalid value "+5" for --rows'),
+            (['--rows', '10000000', 'show', 'drives'], 'show drives holds at most 7895160 rows'),
+            (['show', 'a\nb'], 'unknown basetype "a\\nb" (qel tables'),
+            (['show', ''], 'empty basetype name'),
+            (['meta', 'volumes,'], 'empty basetype name'),
+            (['--format', 'api', '--format', 'json', 'show', 'hosts'], 'option --format given twice'),
+            (['--format', 'console', '--declaration', 'show', 'hosts'],
+             'option --declaration conflicts with --format console'),
+            (['--format', 'json', '--dtd', 'show', 'hosts'], 'option --dtd conflicts with --format json'),
+            (['-f', 'json', '--request', 'r', 'show', 'hosts'], 'option --request conflicts with --format json'),
+            (['--format', 'tag', '--layout', 'pairs', 'show', 'hosts'], 'option --layout conflicts with --format tag'),
+            (['-n', '--layout', 'pairs', 'show', 'hosts'], 'option --no-headings conflicts with --layout pairs'),
+            (['--rows', '5', 'show', 'system'], 'option --rows conflicts with show system'),
+            (['--rows', '5', 'meta', 'volumes'], 'option --rows conflicts with the meta command'),
+            (['--locale', 'de', 'tables'], 'option --locale conflicts with the tables command'),
+            (['--layout', 'grid', 'show', 'hosts'], 'invalid value "grid" for --layout'),
+            (['-o', 'sise', 'show', 'volumes'], 'unknown column "sise" of volumes for --output; did you mean size'),
+            (['-o', 'size,', 'show', 'volumes'], 'an empty column name'),
+            (['--sort', '-volume-nam', 'show', 'volumes'], 'for --sort; did you mean volume-name?'),
+            (['--sort', 'zzzzzzzz', 'show', 'volumes'], 'unknown column "zzzzzzzz" of volumes for --sort (qel meta'),
         ]
         for args, message in cases:
             with self.subTest(args=args):
