@@ -260,6 +260,34 @@ class Options(unittest.TestCase):
         self.assertIn('\nVolume Name: vd01_v001\n', '\n' + pairs)
         self.assertEqual(qel('--layout', 'rows', 'show', 'system').stdout.decode().count('\nSystem Name '), 0)
 
+    def test_man_page_and_completion_cover_every_option(self):
+        dist = os.path.join(SOURCE, 'apps/qel/dist')
+        options = set(re.findall(r'--[a-z0-9-]+', qel('--help').stdout.decode()))
+        with open(os.path.join(dist, 'qel.1')) as f:
+            man = f.read().replace('\\-', '-')
+        with open(os.path.join(dist, 'qel.bash')) as f:
+            completion = f.read()
+        self.assertEqual({o for o in options if o not in man}, set())
+        self.assertEqual({o for o in options if o != '--' and o not in completion}, set())
+        # What the completion offers, run in bash against this qel.
+        script = os.path.join(dist, 'qel.bash')
+        cases = [
+            (['qel', '--form'], ['--format']),
+            (['qel', '--format', 'json'], ['json', 'json-alt']),
+            (['qel', '-l', 'zh'], ['zh-cn', 'zh-tw']),
+            (['qel', '--layout', 'pa'], ['packed', 'pairs']),
+            (['qel', 'sh'], ['show']),
+            (['qel', '-f', 'api', 'show', 'volume-n'], ['volume-names']),
+            (['qel', 'meta', 'volumes,host-g'], ['volumes,host-group', 'volumes,host-group-view']),
+        ]
+        for words, expected in cases:
+            with self.subTest(words=words):
+                words = [QEL] + words[1:]
+                cmd = (f'source {script}; COMP_WORDS=({" ".join(words)}); COMP_CWORD={len(words) - 1}; '
+                       '_qel; printf "%s\\n" "${COMPREPLY[@]}"')
+                got = subprocess.run(['bash', '-c', cmd], capture_output=True, text=True).stdout.split()
+                self.assertEqual(sorted(got), expected)
+
     def test_progress_only_on_a_terminal(self):
         import pty
         # Without a terminal stderr stays empty: EveryTable checks that.
