@@ -41,3 +41,12 @@ if(NOT rc EQUAL 0 OR NOT err STREQUAL ""
    OR NOT out MATCHES "<PROPERTY name=\"volume-name\"[^>]*>vol-b</PROPERTY>")
   message(FATAL_ERROR "examples/hello.cpp: exit ${rc}\nstdout:\n${out}\nstderr:\n${err}")
 endif()
+
+# The README shows the same program.
+get_filename_component(source_root ${EXAMPLE} DIRECTORY)
+file(READ ${EXAMPLE} example_text)
+file(READ ${source_root}/../README.md readme_text)
+string(FIND "${readme_text}" "${example_text}" at)
+if(at EQUAL -1)
+  message(FATAL_ERROR "README.md does not show examples/hello.cpp as it is")
+endif()
