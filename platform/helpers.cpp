@@ -2,7 +2,9 @@
 #include <platform/debug.h>
 #include <platform/helpers.h>
 
+#include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -14,10 +16,8 @@ const int Constants::MaxVolumeNameLength = 32;
 } // namespace dom
 } // namespace services
 
-void getSizeString(std::uint64_t bytes,
-                   services::user::Preferences::StorageUnit units,
-                   std::uint8_t precision, int base, char *number,
-                   char *unitsText) {
+int formatSize(std::uint64_t bytes, services::user::Preferences::StorageUnit units,
+               std::uint8_t precision, int base, char *number, char *unitsText) {
   using services::user::Preferences;
   static const char *const kDecimal[] = {"B", "KB", "MB", "GB", "TB", "PB"};
   static const char *const kBinary[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB"};
@@ -54,15 +54,30 @@ void getSizeString(std::uint64_t bytes,
   for (int i = 0; i < unit; ++i)
     value /= step;
 
-  // At most 19 characters: drop decimals rather than overrun the caller.
+  // std::to_chars in fixed notation writes exactly what "%.*f" writes. At
+  // most 19 characters: drop decimals rather than overrun the caller.
+  char text[24 + 256];
   int decimals = precision;
+  int n = 0;
   for (;;) {
-    int n = std::snprintf(number, 20, "%.*f", decimals, value);
+    n = static_cast<int>(
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr -
+        text);
     if (n < 20 || decimals == 0)
       break;
     decimals = decimals > n - 19 ? decimals - (n - 19) : 0;
   }
+  n = std::min(n, 19);
+  std::memcpy(number, text, static_cast<std::size_t>(n));
   std::strcpy(unitsText, (binary ? kBinary : kDecimal)[unit]);
+  return n;
+}
+
+void getSizeString(std::uint64_t bytes,
+                   services::user::Preferences::StorageUnit units,
+                   std::uint8_t precision, int base, char *number,
+                   char *unitsText) {
+  number[formatSize(bytes, units, precision, base, number, unitsText)] = '\0';
 }
 
 void HexToCharString(char *out, const unsigned char *bytes, int n) {

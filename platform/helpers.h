@@ -24,6 +24,13 @@ QEL_API void getSizeString(std::uint64_t bytes,
                            std::uint8_t precision, int base, char *number,
                            char *unitsText);
 
+/// getSizeString without printf: writes the number text to \p number (at
+/// most 19 characters, no NUL) and returns its length; \p unitsText gets the
+/// NUL-terminated units text. Same bytes as getSizeString, at a fraction of
+/// its cost, for the per-cell paths.
+QEL_API int formatSize(std::uint64_t bytes, services::user::Preferences::StorageUnit units,
+                       std::uint8_t precision, int base, char *number, char *unitsText);
+
 /// Two upper-case hex digits per byte of \p bytes, then a NUL (n <= 0: "").
 /// \p out holds 2 * n + 1 bytes.
 QEL_API void HexToCharString(char *out, const unsigned char *bytes, int n);

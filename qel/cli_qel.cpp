@@ -111,8 +111,9 @@ QEL_DESC *QEL_Create(services::user::Session *session, GS_TokenValues table,
     allocationFailed();
     return nullptr;
   }
-  const std::size_t blockSize =
-      offsetof(QEL_DESC, cells) + static_cast<std::size_t>(cellCount) * sizeof(QEL_CELL);
+  const std::size_t blockSize = offsetof(QEL_DESC, cells) +
+                                static_cast<std::size_t>(cellCount) * sizeof(QEL_CELL) +
+                                sizeof(QEL_CELL); // the text chunks
   auto *desc = static_cast<QEL_DESC *>(framework::Memory::StaticAlloc(blockSize));
   if (!desc) {
     allocationFailed();
@@ -165,21 +166,18 @@ void QEL_Free(QEL_DESC *head) {
   }
   for (QEL_DESC *d = head; d;) {
     QEL_DESC *next = d->pNext;
+    // Text copies go with their chunks; nested descriptors one by one.
     for (int c = 0; c < d->numColumns; ++c) {
-      const ColumnDataType type = getColumnType(d->tableId, c);
-      if (!qel_detail::holdsPointer(type))
+      if (getColumnType(d->tableId, c) != COLTYPE_QEL)
         continue;
       for (int r = 0; r < d->numRows; ++r) {
         QEL_CELL &cell = cellAt(d, r, c);
-        if (!cell)
-          continue;
-        if (type == COLTYPE_QEL)
+        if (cell)
           QEL_Free(reinterpret_cast<QEL_DESC *>(cell));
-        else
-          framework::Memory::StaticFree(reinterpret_cast<void *>(cell));
         cell = 0;
       }
     }
+    qel_detail::freeTextStorage(d);
     d->pNext = nullptr;
     framework::Memory::StaticFree(d->pColumns);
     framework::Memory::StaticFree(d);

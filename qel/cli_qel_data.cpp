@@ -28,10 +28,66 @@ const char *columnName(const QEL_DESC *desc, int column) {
 
 const char *tableName(const QEL_DESC *desc) { return text(getAPIName(desc->tableId)); }
 
-// Replaces the owned copy in a pointer cell; the earlier copy is released.
-void replaceCopy(QEL_CELL &cell, char *copy) {
-  framework::Memory::StaticFree(reinterpret_cast<void *>(cell));
-  cell = reinterpret_cast<QEL_CELL>(copy);
+} // namespace
+
+namespace qel_detail {
+
+// Chunks start at 4 KB and double up to 256 KB, so a table of any size
+// costs a few allocations per megabyte of text. A copy that would take more
+// than a quarter of a fresh chunk gets a chunk of its own, kept behind the
+// current one so that the current one goes on filling.
+char *textStorage(QEL_DESC *desc, std::size_t size) {
+  constexpr std::size_t kFirst = 4096, kLargest = 256 * 1024;
+  auto *current = reinterpret_cast<TextChunk *>(chunksOf(desc));
+  if (current && current->size - current->used >= size) {
+    char *p = reinterpret_cast<char *>(current + 1) + current->used;
+    current->used += size;
+    return p;
+  }
+  const std::size_t next = current ? std::min(current->size * 2, kLargest) : kFirst;
+  const bool own = size > next / 4;
+  const std::size_t chunkSize = own ? size : next;
+  auto *chunk =
+      static_cast<TextChunk *>(framework::Memory::StaticAlloc(sizeof(TextChunk) + chunkSize));
+  if (!chunk)
+    return nullptr;
+  chunk->size = chunkSize;
+  chunk->used = size;
+  if (own && current) {
+    chunk->next = current->next;
+    current->next = chunk;
+  } else {
+    chunk->next = current;
+    chunksOf(desc) = reinterpret_cast<QEL_CELL>(chunk);
+  }
+  return reinterpret_cast<char *>(chunk + 1);
+}
+
+void freeTextStorage(QEL_DESC *desc) {
+  for (auto *c = reinterpret_cast<TextChunk *>(chunksOf(desc)); c;) {
+    TextChunk *next = c->next;
+    framework::Memory::StaticFree(c);
+    c = next;
+  }
+  chunksOf(desc) = 0;
+}
+
+} // namespace qel_detail
+
+namespace {
+
+// Storage for a copy of \p size bytes (NUL included) in cell (row, column):
+// the cell's earlier copy when it is long enough (a cell filled again and
+// again does not grow the table), else new storage. Null when memory runs
+// out; the failure is logged.
+char *copyStorage(QEL_DESC *desc, int row, int column, std::size_t size) {
+  const char *old = reinterpret_cast<const char *>(cellAt(desc, row, column));
+  if (old && std::strlen(old) + 1 >= size)
+    return const_cast<char *>(old);
+  char *copy = qel_detail::textStorage(desc, size);
+  if (!copy)
+    logErrorPrint("QEL_FillColumn():: malloc failed");
+  return copy;
 }
 
 // Stores a copy of \p value (or of " " for null, reporting it with
@@ -42,12 +98,12 @@ bool storeText(QEL_DESC *desc, int column, int row, const char *value,
     logErrorPrint(nullMessage, tableName(desc), columnName(desc, column), column, row);
     value = " ";
   }
-  char *copy = framework::Memory::StaticStrdup(value);
-  if (!copy) {
-    logErrorPrint("QEL_FillColumn():: malloc failed");
+  const std::size_t size = std::strlen(value) + 1;
+  char *copy = copyStorage(desc, row, column, size);
+  if (!copy)
     return false;
-  }
-  replaceCopy(cellAt(desc, row, column), copy);
+  std::memmove(copy, value, size);
+  cellAt(desc, row, column) = reinterpret_cast<QEL_CELL>(copy);
   return true;
 }
 
@@ -62,20 +118,24 @@ bool storeFixed(QEL_DESC *desc, int column, int row, const char *value) {
     logErrorPrint("QEL_FillColumn: COLTYPE_STRING_N or HEX_STRING. data=0 "
                   "tableID=%s columnID=%s col=%d row=%d",
                   tableName(desc), columnName(desc, column), column, row);
-  const std::size_t length = value ? size + 1 : std::max<std::size_t>(size + 1, 2);
-  char *copy = static_cast<char *>(framework::Memory::StaticAlloc(length));
+  // Every copy of the column has this one length (a fixed copy may hold
+  // NULs, so its strlen says nothing): a cell's earlier copy is reused.
+  const std::size_t length = std::max<std::size_t>(size + 1, 2);
+  char *copy = cellAt(desc, row, column)
+                   ? reinterpret_cast<char *>(cellAt(desc, row, column))
+                   : qel_detail::textStorage(desc, length);
   if (!copy) {
     logErrorPrint("QEL_FillColumn():: malloc failed");
     return false;
   }
   if (value) {
-    std::memcpy(copy, value, size);
+    std::memmove(copy, value, size);
     copy[size] = '\0';
   } else {
     std::memset(copy, 0, length);
     copy[0] = ' ';
   }
-  replaceCopy(cellAt(desc, row, column), copy);
+  cellAt(desc, row, column) = reinterpret_cast<QEL_CELL>(copy);
   return true;
 }
 

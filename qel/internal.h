@@ -56,6 +56,28 @@ const DerivedName *findDerivedName(unsigned token);
 /// Whether QEL_Start has built the dictionary and registered the catalogue.
 bool libraryStarted();
 
+/// Text copies of a descriptor's cells live in chunks that the descriptor
+/// owns, so a fill costs no allocation of its own and QEL_Free releases a
+/// handful of chunks instead of one block per cell.
+struct TextChunk {
+  TextChunk *next;   ///< the chunk filled before this one
+  std::size_t size;  ///< bytes after the header
+  std::size_t used;  ///< bytes handed out
+};
+
+/// The block of a descriptor ends, past its cells, in one more word: its
+/// newest text chunk (0 before the first copy). It is not part of the
+/// reported size (allocSize).
+inline QEL_CELL &chunksOf(QEL_DESC *desc) {
+  return desc->cells[static_cast<long>(desc->maxRows) * desc->maxColumns];
+}
+
+/// \p size bytes of storage for a copy in \p desc's chunks; null when memory
+/// runs out.
+char *textStorage(QEL_DESC *desc, std::size_t size);
+/// Releases the chunks of \p desc.
+void freeTextStorage(QEL_DESC *desc);
+
 /// A put stream over inline storage of N bytes: a scratch stream that costs
 /// no allocation. It behaves as a utility::BufferStream of N bytes.
 template <int N> class ScratchStream : public utility::PutStream {

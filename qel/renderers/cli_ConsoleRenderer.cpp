@@ -23,12 +23,21 @@
 #include <platform/framework.h>
 #include <platform/helpers.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
 
 const char kPrintTable[] = "virtual void ConsoleRenderer::PrintTable(QEL_DESC*, int, int)";
+// The source lines these log records have always carried; log readers
+// match on them.
+constexpr int kNullLine = 375;
+constexpr int kOrderFailedLine = 508;
+constexpr int kRowLine = 426;
+constexpr int kNewEntryLine = 429;
 constexpr unsigned kRowTrace = 3261;
+// A header cell is formatted in a scratch of this many bytes.
+constexpr int kHeaderScratch = 7000;
 
 // English console texts; a label the dictionary lacks reads as "".
 const char *label(unsigned token, int tableId) {
@@ -47,300 +56,269 @@ int columnWidth(const _QEL_COLUMN_DESC &col) {
   return p->trackWidth ? col.width : p->size;
 }
 
-QEL_DESC *nestedAt(QEL_DESC *d, int row, int column) {
-  return reinterpret_cast<QEL_DESC *>(qel_detail::cellAt(d, row, column));
-}
-
-bool isNested(QEL_DESC *d, int column) {
-  return getColumnType(d->tableId, column) == COLTYPE_QEL;
-}
-
 } // namespace
 
 ConsoleRenderer::ConsoleRenderer(services::user::Session *session) : Renderer(session) {}
 
-ConsoleRenderer::ConsoleRenderer(services::user::Session *session,
-                                 utility::PutStream &stream)
+ConsoleRenderer::ConsoleRenderer(services::user::Session *session, utility::PutStream &stream)
     : Renderer(session, stream) {}
 
 ConsoleRenderer::~ConsoleRenderer() = default;
 
-void ConsoleRenderer::PrintTable(QEL_DESC *desc, int, int indent) {
+void ConsoleRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
+  Call call(*this);
   if (!desc) {
-    framework::Logger::StaticLogMethod(0, kPrintTable, 375, "pDesc is NULL");
+    framework::Logger::StaticLogMethod(0, kPrintTable, kNullLine, "pDesc is NULL");
     return;
   }
-  outputStream->setSilentTruncation(true);
-  for (QEL_DESC *d = desc; d; d = d->pNext) {
-    if (d->printed)
-      continue;
+  walk(desc, parentOid, indent);
+}
+
+// Plan texts: table[0] the title, table[1] the table's own label; per
+// column fixed[0] its label and fixed[1] its heading (with the qualifier).
+void ConsoleRenderer::planTable(Plan &plan) {
+  QEL_DESC *d = plan.desc;
+  const int tableId = static_cast<int>(d->tableId);
+  if (d->nameId != tGSnone) {
     char title[256] = "";
-    if (d->nameId != tGSnone)
-      strcpyAssert(title, label(d->nameId, static_cast<int>(d->tableId)), sizeof title);
-    switch (d->consoleFormat) {
-    case QEL_FORMAT_PAIRS:
-      printPairs(d, title, indent);
-      break;
-    case QEL_FORMAT_PACKED:
-      printPacked(d, indent);
-      break;
-    case QEL_FORMAT_LABELED:
-      printLabeled(d, indent);
-      break;
-    case QEL_FORMAT_EMBEDDED_ROWS:
-      printEmbeddedRows(d, indent);
-      break;
-    case QEL_FORMAT_STATUS:
-      printStatus(d, indent);
-      break;
-    default:
-      if (!printColumnTable(d, indent))
-        return; // no row-order array: the rest of the chain is skipped
-      break;
+    strcpyAssert(title, label(d->nameId, tableId), sizeof title);
+    if (!addText(plan, plan.table[0], title))
+      return;
+  }
+  if (!addText(plan, plan.table[1], label(d->tableId, 0)))
+    return;
+  const int layout = d->consoleFormat <= QEL_FORMAT_STATUS ? d->consoleFormat : int{QEL_FORMAT_ROWS};
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    col.companion = false;
+    col.limit = layout == QEL_FORMAT_STATUS ? 600
+                : layout == QEL_FORMAT_PACKED || layout == QEL_FORMAT_LABELED
+                    ? std::clamp(col.property ? col.property->size : 0, 0, 7200)
+                    : 7000;
+    const _QEL_COLUMN_DESC &c = *col.desc;
+    if (!addText(plan, col.fixed[0], label(c.displayId, tableId)) ||
+        !addText(plan, col.fixed[1], heading(c.displayId, tableId)))
+      return;
+    if (c.qualifierValueId != tGSnone) {
+      Span open{}, qualifier{}, close{};
+      if (!addText(plan, open, "(") || !addText(plan, qualifier, heading(c.qualifierValueId, tableId)) ||
+          !addText(plan, close, ")"))
+        return;
+      col.fixed[1].size += open.size + qualifier.size + close.size; // contiguous
     }
-    d->printed = 1;
-    if (d->pNext)
-      outputStream->PutC('\n');
   }
 }
 
-void ConsoleRenderer::printNested(QEL_DESC *d, int row, int column, int indent) {
-  PrintTable(nestedAt(d, row, column), objectId, indent);
+bool ConsoleRenderer::visits(const Column &col) const { return col.desc->print == 1; }
+
+bool ConsoleRenderer::sortsRows(const Plan &) const {
+  return m_levels[depth()].layout == QEL_FORMAT_ROWS;
 }
 
-bool ConsoleRenderer::printColumnTable(QEL_DESC *d, int indent) {
-  const int width = PrintHeader(d, indent);
-  int *order = nullptr;
-  if (d->numRows > 1) {
-    order = static_cast<int *>(
-        framework::Memory::StaticAlloc(static_cast<std::size_t>(d->numRows) * sizeof(int)));
-    if (!order) {
-      framework::Logger::StaticLogMethod(0, kPrintTable, 508, "malloc failed");
-      return false;
-    }
-    SORTOutput(d, order);
-  }
-  for (int p = 0; p < d->numRows; ++p) {
-    outputStream->Indent(indent);
-    PrintRow(d, order ? order[p] : p, false, indent);
-  }
-  framework::Memory::StaticFree(order);
-  if (indent == 0)
-    outputStream->PutNChar(screenWidth <= width ? screenWidth - 1 : width, '-');
+void ConsoleRenderer::orderFailed() {
+  framework::Logger::StaticLogMethod(0, kPrintTable, kOrderFailedLine, "malloc failed");
+}
+
+bool ConsoleRenderer::beginTable(Plan &plan, int, int indent) {
+  QEL_DESC *d = plan.desc;
+  if (d->printed)
+    return false;
+  Level &level = m_levels[depth()];
+  level.layout = d->consoleFormat <= QEL_FORMAT_STATUS ? d->consoleFormat : int{QEL_FORMAT_ROWS};
+  level.rule = 0;
+  if (level.layout == QEL_FORMAT_ROWS)
+    level.rule = printHeader(plan, indent);
+  for (int i = 0; i < plan.count; ++i)
+    plan.columns[i].width = columnWidth(*plan.columns[i].desc);
   return true;
 }
 
-int ConsoleRenderer::PrintHeader(QEL_DESC *d, int indent) {
+// The header line and its rule; returns the rule's length. A heading longer
+// than its width-tracking column widens the column for the rows.
+int ConsoleRenderer::printHeader(Plan &plan, int indent) {
   int pos = 0, longest = 0;
-  outputStream->Indent(indent);
-  for (int c = 0; c < d->numColumns; ++c) {
-    _QEL_COLUMN_DESC &col = d->pColumns[c];
-    if (!col.pProperty || col.pProperty->type == COLTYPE_QEL || col.print != 1)
+  pad(indent);
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    _QEL_COLUMN_DESC &c = *col.desc;
+    if (!c.pProperty || c.pProperty->type == COLTYPE_QEL || c.print != 1)
       continue;
-    Scratch &scratch = valueScratch(7000);
-    const int w = FormatColumnHeader(&col, static_cast<int>(d->tableId), scratch);
-    if (pos + w >= screenWidth) {
-      if (pos > longest)
-        longest = pos;
-      pos = 2;
-      outputStream->PutC('\n');
-      outputStream->Indent(2);
+    const Text name = plan.text(col.fixed[1]);
+    int len = std::min(name.size, kHeaderScratch);
+    int padding;
+    if (c.pProperty->trackWidth) {
+      if (c.width > len) {
+        padding = c.width - len + 1;
+        len = c.width;
+      } else {
+        c.width = static_cast<std::uint8_t>(len);
+        padding = 1;
+      }
+    } else if (c.pProperty->size > len) {
+      padding = c.pProperty->size - len + 1;
+      len = c.pProperty->size;
+    } else {
+      padding = 1;
     }
-    outputStream->PutS(scratch.pTail());
-    pos += w + 1;
+    if (pos + len >= screenWidth) {
+      longest = std::max(longest, pos);
+      pos = 2;
+      putChar('\n');
+      pad(2);
+    }
+    // The cell is cut where its scratch would have ended.
+    const int shown = std::min(name.size, kHeaderScratch);
+    put(name.data, shown);
+    pad(std::min(padding, kHeaderScratch - shown));
+    pos += len + 1;
   }
-  if (pos > longest)
-    longest = pos;
-  outputStream->PutC('\n');
-  outputStream->Indent(indent);
-  outputStream->PutNChar(longest + indent < screenWidth ? longest : screenWidth - indent - 1,
-                         '-');
-  outputStream->PutC('\n');
+  longest = std::max(longest, pos);
+  putChar('\n');
+  pad(indent);
+  putRun(longest + indent < screenWidth ? longest : screenWidth - indent - 1, '-');
+  putChar('\n');
+  replan(plan); // widened columns
   return longest;
 }
 
-int ConsoleRenderer::FormatColumnHeader(_QEL_COLUMN_DESC *column, int tableId,
-                                        utility::PutStream &out) {
-  const char *name = heading(column->displayId, tableId);
-  const int start = out.WritePosition();
-  if (column->qualifierValueId != tGSnone)
-    out.PutF("%s(%s)", name, heading(column->qualifierValueId, tableId));
-  else
-    out.PutS(name);
-  int len = out.WritePosition() - start;
-  const PropertyMetaData *p = column->pProperty;
-  if (p && p->trackWidth) {
-    if (column->width > len) {
-      out.Indent(column->width - len + 1);
-      len = column->width;
-    } else {
-      column->width = static_cast<std::uint8_t>(len);
-      out.PutC(' ');
+void ConsoleRenderer::beginRow(Plan &plan, int row, int, int indent) {
+  Level &level = m_levels[depth()];
+  level.pos = 0;
+  level.open = false;
+  switch (level.layout) {
+  case QEL_FORMAT_ROWS:
+    pad(indent);
+    break;
+  case QEL_FORMAT_PAIRS: {
+    if (utility::Debug::isDebugOn(kRowTrace)) {
+      framework::Logger::StaticLogMethod(3, kPrintTable, kRowLine, "row[%d]", row);
+      if (row > 0)
+        framework::Logger::StaticLogMethod(3, kPrintTable, kNewEntryLine, "NEW ENTRY");
     }
-  } else {
-    const int size = p ? p->size : 0;
-    if (size > len) {
-      out.Indent(size - len + 1);
-      len = size;
-    } else {
-      out.PutC(' ');
+    if (row > 0)
+      putChar('\n');
+    if (plan.desc->nameId != tGSnone) {
+      const Text title = plan.text(plan.table[0]);
+      pad(indent);
+      put(title);
+      putChar('\n');
+      pad(indent);
+      putRun(title.size, '-');
+      putChar('\n');
     }
+    break;
   }
-  return len;
+  case QEL_FORMAT_PACKED:
+  case QEL_FORMAT_STATUS:
+    pad(indent);
+    break;
+  default:
+    break;
+  }
 }
 
-void ConsoleRenderer::PrintRow(QEL_DESC *d, int row, bool embedded, int indent) {
-  outputStream->setSilentTruncation(true);
-  int pos = 0;
-  for (int c = 0; c < d->numColumns; ++c) {
-    const _QEL_COLUMN_DESC &col = d->pColumns[c];
-    if (col.print != 1)
-      continue;
-    if (isNested(d, c)) {
-      if (nestedAt(d, row, c)) {
-        if (!embedded)
-          outputStream->PutS("\n\n");
-        printNested(d, row, c, indent + 3);
+void ConsoleRenderer::cell(Plan &plan, const Column &col, Text value, const char *, bool,
+                           int indent) {
+  Level &level = m_levels[depth()];
+  switch (level.layout) {
+  case QEL_FORMAT_ROWS:
+  case QEL_FORMAT_EMBEDDED_ROWS: {
+    const int width = col.width;
+    if (level.pos + width >= screenWidth) {
+      level.pos = 2;
+      put("\n  ");
+    }
+    put(value);
+    const int padding = width - value.size + 1;
+    if (padding > 0 && col.index + 1 < plan.desc->numColumns)
+      pad(padding);
+    level.pos += width + 1;
+    break;
+  }
+  case QEL_FORMAT_PAIRS:
+    pad(indent);
+    put(plan.text(col.fixed[0]));
+    put(": ");
+    put(value);
+    putChar('\n');
+    break;
+  case QEL_FORMAT_PACKED:
+    put(value);
+    putChar(' ');
+    break;
+  case QEL_FORMAT_STATUS:
+    put(value);
+    if (col.index == 0)
+      put(": ");
+    break;
+  case QEL_FORMAT_LABELED:
+    if (!level.open) {
+      pad(indent);
+      put(plan.text(plan.table[1]));
+      put(" [");
+      level.open = true;
+    }
+    put(plan.text(col.fixed[0]));
+    put(" (");
+    put(value);
+    put(") ");
+    break;
+  }
+}
+
+void ConsoleRenderer::nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) {
+  Level &level = m_levels[depth()];
+  switch (level.layout) {
+  case QEL_FORMAT_ROWS:
+  case QEL_FORMAT_EMBEDDED_ROWS:
+    if (nested) {
+      if (level.layout == QEL_FORMAT_ROWS)
+        put("\n\n");
+      walk(nested, objectId, indent + 3);
+    }
+    break;
+  case QEL_FORMAT_PAIRS:
+    if (nested) {
+      putChar('\n');
+      walk(nested, objectId, indent + 2);
+    }
+    putChar('\n');
+    break;
+  case QEL_FORMAT_LABELED:
+    if (level.open) {
+      put("] ");
+      if (nested) {
+        put(plan.text(col.fixed[0]));
+        put(":\n");
       }
-      continue;
+      level.open = false;
     }
-    Scratch &value = valueScratch(7000);
-    FormatData(d, c, row, value, numericScratch(), false);
-    const int len = value.ReadAvailable();
-    const int width = columnWidth(col);
-    const int pad = width - len + 1;
-    if (pos + width >= screenWidth) {
-      pos = 2;
-      outputStream->PutS("\n  ");
+    if (nested) {
+      putChar('\n');
+      walk(nested, objectId, indent + 3);
     }
-    outputStream->PutB(value.pTail(), len);
-    if (pad > 0 && c + 1 < d->numColumns)
-      outputStream->Indent(pad);
-    pos += width + 1;
-  }
-  outputStream->PutC('\n');
-}
-
-int ConsoleRenderer::PrintEmbeddedHeader(QEL_DESC *, bool, int) { return 0; }
-
-void ConsoleRenderer::printPairs(QEL_DESC *d, const char *title, int indent) {
-  const bool trace = utility::Debug::isDebugOn(kRowTrace);
-  for (int r = 0; r < d->numRows; ++r) {
-    if (trace) {
-      framework::Logger::StaticLogMethod(3, kPrintTable, 426, "row[%d]", r);
-      if (r > 0)
-        framework::Logger::StaticLogMethod(3, kPrintTable, 429, "NEW ENTRY");
+    break;
+  default: // packed, status
+    if (nested) {
+      putChar('\n');
+      walk(nested, objectId, indent + 3);
     }
-    if (r > 0)
-      outputStream->PutC('\n');
-    if (d->nameId != tGSnone) {
-      outputStream->Indent(indent);
-      outputStream->PutS(title);
-      outputStream->PutC('\n');
-      outputStream->Indent(indent);
-      outputStream->PutNChar(static_cast<int>(std::strlen(title)), '-');
-      outputStream->PutC('\n');
-    }
-    for (int c = 0; c < d->numColumns; ++c) {
-      const _QEL_COLUMN_DESC &col = d->pColumns[c];
-      if (col.print != 1)
-        continue;
-      if (!printNestedCell(d, r, c, indent + 2)) {
-        outputStream->Indent(indent);
-        outputStream->PutF("%s: ", label(col.displayId, static_cast<int>(d->tableId)));
-        Scratch &value = valueScratch(7000);
-        FormatData(d, c, r, value, numericScratch(), false);
-        outputStream->PutB(value.pTail(), value.ReadAvailable());
-      }
-      outputStream->PutC('\n');
-    }
+    break;
   }
 }
 
-// A QEL column's cell: its nested table (if any) below the current line.
-// False for a column of any other type, which the caller prints itself.
-bool ConsoleRenderer::printNestedCell(QEL_DESC *d, int row, int column, int indent) {
-  if (!isNested(d, column))
-    return false;
-  if (nestedAt(d, row, column)) {
-    outputStream->PutC('\n');
-    printNested(d, row, column, indent);
+void ConsoleRenderer::endRow(Plan &, int, int) {
+  if (m_levels[depth()].layout != QEL_FORMAT_PAIRS)
+    putChar('\n');
+}
+
+void ConsoleRenderer::endTable(Plan &plan, int indent) {
+  const Level &level = m_levels[depth()];
+  if (indent == 0) {
+    if (level.layout == QEL_FORMAT_ROWS)
+      putRun(screenWidth <= level.rule ? screenWidth - 1 : level.rule, '-');
   }
-  return true;
+  plan.desc->printed = 1;
+  if (plan.desc->pNext)
+    putChar('\n');
 }
-
-// Packed and status layouts: a line per row with the printed values one
-// after another, nested tables below the line that holds them. Packed cuts
-// each value to its column's size and follows it with a blank; status ends
-// the first value with ": ".
-void ConsoleRenderer::printValueLines(QEL_DESC *d, int indent, bool status) {
-  for (int r = 0; r < d->numRows; ++r) {
-    outputStream->Indent(indent);
-    for (int c = 0; c < d->numColumns; ++c) {
-      const _QEL_COLUMN_DESC &col = d->pColumns[c];
-      if (col.print != 1)
-        continue;
-      if (printNestedCell(d, r, c, indent + 3))
-        continue;
-      Scratch &value = valueScratch(status ? 600 : col.pProperty ? col.pProperty->size : 0);
-      FormatData(d, c, r, value, numericScratch(), false);
-      outputStream->PutB(value.pTail(), value.ReadAvailable());
-      if (!status)
-        outputStream->PutC(' ');
-      else if (c == 0)
-        outputStream->PutS(": ");
-    }
-    outputStream->PutC('\n');
-  }
-}
-
-void ConsoleRenderer::printPacked(QEL_DESC *d, int indent) { printValueLines(d, indent, false); }
-
-void ConsoleRenderer::printLabeled(QEL_DESC *d, int indent) {
-  const int tableId = static_cast<int>(d->tableId);
-  for (int r = 0; r < d->numRows; ++r) {
-    bool open = false;
-    for (int c = 0; c < d->numColumns; ++c) {
-      const _QEL_COLUMN_DESC &col = d->pColumns[c];
-      if (col.print != 1)
-        continue;
-      if (isNested(d, c)) {
-        QEL_DESC *nested = nestedAt(d, r, c);
-        if (open) {
-          outputStream->PutS("] ");
-          if (nested) {
-            outputStream->PutS(label(col.displayId, tableId));
-            outputStream->PutS(":\n");
-          }
-          open = false;
-        }
-        if (!open && nested)
-          outputStream->PutC('\n');
-        if (nested)
-          printNested(d, r, c, indent + 3);
-        continue;
-      }
-      if (!open) {
-        outputStream->Indent(indent);
-        outputStream->PutS(label(d->tableId, 0));
-        outputStream->PutS(" [");
-        open = true;
-      }
-      Scratch &value = valueScratch(col.pProperty ? col.pProperty->size : 0);
-      FormatData(d, c, r, value, numericScratch(), false);
-      outputStream->PutS(label(col.displayId, tableId));
-      outputStream->PutF(" (%s) ", value.pTail());
-    }
-    outputStream->PutC('\n');
-  }
-}
-
-void ConsoleRenderer::printEmbeddedRows(QEL_DESC *d, int indent) {
-  const int width = indent == 0 ? PrintEmbeddedHeader(d, false, 0) : 0;
-  for (int r = 0; r < d->numRows; ++r)
-    PrintRow(d, r, true, indent);
-  if (indent == 0)
-    outputStream->PutNChar(width, '-');
-}
-
-void ConsoleRenderer::printStatus(QEL_DESC *d, int indent) { printValueLines(d, indent, true); }

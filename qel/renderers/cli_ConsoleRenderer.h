@@ -14,27 +14,28 @@ public:
   ~ConsoleRenderer() override;
 
   void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
-  /// Writes the header line and its rule; returns the rule's length.
-  int PrintHeader(QEL_DESC *desc, int indent);
-  /// Writes one column heading padded to the column width into \p out;
-  /// returns the width it takes (may raise a width-tracking column).
-  int FormatColumnHeader(_QEL_COLUMN_DESC *column, int tableId,
-                         utility::PutStream &out);
-  /// Writes one row of a column table.
-  void PrintRow(QEL_DESC *desc, int row, bool embedded, int indent);
-  /// The header of the rows-without-header layout: prints nothing.
-  int PrintEmbeddedHeader(QEL_DESC *desc, bool nested, int indent);
 
 private:
-  bool printColumnTable(QEL_DESC *d, int indent);
-  void printPairs(QEL_DESC *d, const char *title, int indent);
-  void printPacked(QEL_DESC *d, int indent);
-  void printLabeled(QEL_DESC *d, int indent);
-  void printEmbeddedRows(QEL_DESC *d, int indent);
-  void printStatus(QEL_DESC *d, int indent);
-  void printValueLines(QEL_DESC *d, int indent, bool status);
-  bool printNestedCell(QEL_DESC *d, int row, int column, int indent);
-  void printNested(QEL_DESC *d, int row, int column, int indent);
+  void planTable(Plan &plan) override;
+  bool beginTable(Plan &plan, int parentOid, int indent) override;
+  bool sortsRows(const Plan &plan) const override;
+  void orderFailed() override;
+  bool visits(const Column &col) const override;
+  void beginRow(Plan &plan, int row, int position, int indent) override;
+  void cell(Plan &plan, const Column &col, Text value, const char *units, bool numericForm,
+            int indent) override;
+  void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
+  void endRow(Plan &plan, int row, int indent) override;
+  void endTable(Plan &plan, int indent) override;
+  int printHeader(Plan &plan, int indent);
+
+  struct Level {
+    int layout; ///< the descriptor's consoleFormat, 0 for any unknown value
+    int pos;    ///< column-table layouts: position on the line
+    int rule;   ///< column table: the header rule's length
+    bool open;  ///< labeled: the bracket is open
+  };
+  Level m_levels[kMaxDepth + 1];
 };
 
 #endif

@@ -6,10 +6,10 @@
 //       new APIProp({name:"size-numeric",value:"2048"})],
 //       {basetype:"volumes",name:"volume",oid:"1"})
 //
-// Keys are unquoted: it is a script, not strict JSON. Names and values are
-// written as they are; the only escaping is of double quotes, backslashes
-// and line breaks in STRING and STRING_N values, which FormatData does for
-// the JSON output types.
+// Keys are unquoted: it is a script, not strict JSON. Names are written as
+// they are. Values escape double quotes, backslashes and line breaks (as
+// \" \\ \n \r), so that every value stays inside its string literal: STRING
+// and STRING_N texts through the cell text, every other value here.
 #include <qel/renderers/cli_JSONRenderer.h>
 
 #include <qel/internal.h>
@@ -17,6 +17,8 @@
 #include <platform/helpers.h>
 
 #include <cctype>
+#include <cstring>
+#include <string>
 
 char *toJson(char *text) {
   if (!text)
@@ -45,71 +47,109 @@ JSONRenderer::JSONRenderer(services::user::Session *session) : Renderer(session)
 
 JSONRenderer::~JSONRenderer() = default;
 
-void JSONRenderer::PrintTable(QEL_DESC *desc, int, int indent) {
-  if (!desc)
+void JSONRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
+  Call call(*this);
+  if (desc)
+    walk(desc, parentOid, indent);
+}
+
+bool JSONRenderer::sortsRows(const Plan &) const { return false; }
+
+void JSONRenderer::orderFailed() {}
+
+void JSONRenderer::planTable(Plan &plan) {
+  QEL_DESC *d = plan.desc;
+  char type[80];
+  strcpyAssert(type, getAPIName(d->tableId), sizeof type);
+  char name[256] = "";
+  if (d->nameId != tGSnone)
+    strcpyAssert(name, getAPIName(d->nameId), sizeof name);
+  const std::string call = std::string("new API") + toJson(type) + "([";
+  const std::string identity = std::string("{basetype:\"") +
+                               qel_detail::text(getAPIName(d->tableId)) + "\",name:\"" +
+                               strlwr(name) + "\",oid:\"";
+  if (!addText(plan, plan.table[0], call.c_str()) ||
+      !addText(plan, plan.table[1], identity.c_str()))
     return;
-  outputStream->setSilentTruncation(true);
-  for (QEL_DESC *d = desc; d; d = d->pNext) {
-    char name[256] = "";
-    if (d->nameId != tGSnone)
-      strcpyAssert(name, getAPIName(d->nameId), sizeof name);
-    for (int r = 0; r < d->numRows; ++r) {
-      const int rowOid = ++objectId;
-      char type[80];
-      strcpyAssert(type, getAPIName(d->tableId), sizeof type);
-      outputStream->PutS(r == 0 ? "\n" : ",\n");
-      outputStream->Indent(indent + 2);
-      outputStream->PutF("new API%s([", toJson(type));
-      bool first = true;
-      for (int c = 0; c < d->numColumns; ++c) {
-        if (getColumnType(d->tableId, c) == COLTYPE_QEL) {
-          auto *nested = reinterpret_cast<QEL_DESC *>(qel_detail::cellAt(d, r, c));
-          if (nested && nested->numRows >= 1) {
-            if (!first)
-              outputStream->PutC(',');
-            PrintTable(nested, objectId, indent + 2);
-            first = false;
-          }
-        } else {
-          outputStream->PutS(first ? "\n" : ",\n");
-          Scratch &value = valueScratch(7200);
-          Scratch &numeric = numericScratch();
-          FormatData(d, c, r, value, numeric, false);
-          outputStream->Indent(indent + 4);
-          Print(d, r, c, value, numeric, false);
-          first = false;
-          if (isNumericColumn(d, c)) {
-            outputStream->PutS(",\n");
-            value.use(7200);
-            numeric.use(1024);
-            FormatData(d, c, r, value, numeric, true);
-            outputStream->Indent(indent + 4);
-            Print(d, r, c, value, numeric, true);
-          }
-        }
-        if (c == d->numColumns - 1)
-          outputStream->PutC(']');
-      }
-      m_rowOid = rowOid;
-      PrintBaseType(d, r, name, indent + 4);
-    }
-    QEL_DESC *next = d->pNext;
-    if (next && d->numRows >= 1 && (next->numRows >= 1 || next->jsonSeparator))
-      outputStream->PutC(',');
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    col.limit = 7200;
+    if (col.type == COLTYPE_QEL)
+      continue;
+    const std::string prop =
+        std::string("new APIProp({name:\"") + qel_detail::keywordText(col.desc->displayId);
+    if (!addText(plan, col.fixed[0], (prop + "\",value:\"").c_str()) ||
+        !addText(plan, col.fixed[1], (prop + "-numeric\",value:\"").c_str()))
+      return;
   }
 }
 
-void JSONRenderer::Print(QEL_DESC *desc, int, int column, utility::BufferStream &value,
-                         utility::BufferStream &, bool numericForm) {
-  const char *name = qel_detail::keywordText(desc->pColumns[column].displayId);
-  outputStream->PutF(numericForm ? "new APIProp({name:\"%s-numeric\",value:\"%s\"})"
-                                 : "new APIProp({name:\"%s\",value:\"%s\"})",
-                     name, value.pTail());
+void JSONRenderer::beginRow(Plan &plan, int, int position, int indent) {
+  Level &level = m_levels[depth()];
+  level.oid = ++objectId;
+  level.first = true;
+  put(position == 0 ? "\n" : ",\n");
+  pad(indent + 2);
+  put(plan.text(plan.table[0]));
 }
 
-void JSONRenderer::PrintBaseType(QEL_DESC *desc, int, char *name, int indent) {
-  outputStream->PutS(",\n");
-  outputStream->Indent(indent);
-  outputStream->PutF("{basetype:\"%s\",name:\"%s\",oid:\"%d\"})",
-                     qel_detail::text(getAPIName(desc->tableId)), strlwr(name), m_rowOid);
+// Texts other than STRING and STRING_N normal forms (which the cell text
+// escaped already) go out as they are unless they hold a character that
+// would end the literal.
+void JSONRenderer::putScript(Text value) {
+  int run = 0;
+  for (int i = 0; i < value.size; ++i) {
+    const char c = value.data[i];
+    const char escaped = c == '"' ? '"' : c == '\\' ? '\\' : c == '\n' ? 'n' : c == '\r' ? 'r' : 0;
+    if (!escaped)
+      continue;
+    put(value.data + run, i - run);
+    putChar('\\');
+    putChar(escaped);
+    run = i + 1;
+  }
+  put(value.data + run, value.size - run);
+}
+
+void JSONRenderer::cell(Plan &plan, const Column &col, Text value, const char *,
+                        bool numericForm, int indent) {
+  Level &level = m_levels[depth()];
+  put(numericForm || !level.first ? ",\n" : "\n");
+  level.first = false;
+  pad(indent + 4);
+  put(plan.text(col.fixed[numericForm ? 1 : 0]));
+  if (!numericForm && (col.type == COLTYPE_STRING || col.type == COLTYPE_STRING_N))
+    put(value);
+  else
+    putScript(value);
+  put("\"})");
+  if (col.index == plan.count - 1 && (numericForm || !col.companion))
+    putChar(']');
+}
+
+void JSONRenderer::nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) {
+  Level &level = m_levels[depth()];
+  if (nested && nested->numRows >= 1) {
+    if (!level.first)
+      putChar(',');
+    walk(nested, objectId, indent + 2);
+    level.first = false;
+  }
+  if (col.index == plan.count - 1)
+    putChar(']');
+}
+
+void JSONRenderer::endRow(Plan &plan, int, int indent) {
+  put(",\n");
+  pad(indent + 4);
+  put(plan.text(plan.table[1]));
+  putInt(m_levels[depth()].oid);
+  put("\"})");
+}
+
+void JSONRenderer::endTable(Plan &plan, int) {
+  const QEL_DESC *d = plan.desc;
+  const QEL_DESC *next = d->pNext;
+  if (next && d->numRows >= 1 && (next->numRows >= 1 || next->jsonSeparator))
+    putChar(',');
 }

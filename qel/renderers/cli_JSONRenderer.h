@@ -5,30 +5,38 @@
 
 #include <qel/renderers/renderer.h>
 
-/// Writes every row as `new API<Type>([properties], {identity})`, each
-/// property as `new APIProp({name:"...",value:"..."})`, nested tables inside
-/// the property list. Storage order; ids as the rows start.
+/// Writes one constructor call per row, in storage order, with one APIProp
+/// per column (and a "-numeric" companion where the numeric form differs);
+/// nested tables are calls inside the holding row's list.
 class QEL_API JSONRenderer : public Renderer {
 public:
   explicit JSONRenderer(services::user::Session *session);
   ~JSONRenderer() override;
 
   void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
-  /// Writes one APIProp call from the text that FormatData left in \p value.
-  void Print(QEL_DESC *desc, int row, int column, utility::BufferStream &value,
-             utility::BufferStream &numeric, bool numericForm);
-  /// Writes the identity object of a row: basetype, name and the id the row
-  /// took when it started.
-  void PrintBaseType(QEL_DESC *desc, int row, char *name, int indent);
 
 private:
-  int m_rowOid = 0; ///< id of the row whose identity is written next
+  void planTable(Plan &plan) override;
+  bool sortsRows(const Plan &plan) const override;
+  void orderFailed() override;
+  void beginRow(Plan &plan, int row, int position, int indent) override;
+  void cell(Plan &plan, const Column &col, Text value, const char *units, bool numericForm,
+            int indent) override;
+  void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
+  void endRow(Plan &plan, int row, int indent) override;
+  void endTable(Plan &plan, int indent) override;
+  void putScript(Text value);
+
+  struct Level {
+    int oid;    ///< id the row took when it started
+    bool first; ///< no property written yet in this row
+  };
+  Level m_levels[kMaxDepth + 1];
 };
 
 extern "C" {
 /// Turns a keyword into a constructor name in place: the first letter and
-/// each letter after a "-" or "_" upper-cased, the separators dropped
-/// (vdisk-statistics -> VdiskStatistics). Null gives null.
+/// every letter after "-" or "_" upper-cased, the separators dropped.
 QEL_API char *toJson(char *text);
 }
 

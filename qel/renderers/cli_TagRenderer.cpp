@@ -18,70 +18,105 @@
 #include <platform/debug.h>
 #include <platform/helpers.h>
 
+#include <string>
+
 TagRenderer::TagRenderer(services::user::Session *session) : Renderer(session) {}
 
 TagRenderer::~TagRenderer() = default;
 
-void TagRenderer::PrintTable(QEL_DESC *desc, int, int indent) {
-  if (!desc)
-    return;
-  outputStream->setSilentTruncation(true);
-  PrintTableTag(static_cast<int>(desc->tableId), true, indent);
-  for (QEL_DESC *d = desc; d; d = d->pNext) {
-    char name[256] = "";
-    if (d->nameId != tGSnone)
-      strcpyAssert(name, getXMLName(d->nameId), sizeof name);
-    strlwr(name);
-    for (int r = 0; r < d->numRows; ++r) {
-      ++objectId;
-      if (d->nameId != tGSnone) {
-        outputStream->Indent(indent + 2);
-        if (d->numRows > 1)
-          outputStream->PutF("<%s index=\"%d\">\n", name, r);
-        else
-          outputStream->PutF("<%s>\n", name);
-      }
-      for (int c = 0; c < d->numColumns; ++c) {
-        if (getColumnType(d->tableId, c) == COLTYPE_QEL) {
-          if (QEL_CELL cell = qel_detail::cellAt(d, r, c))
-            PrintTable(reinterpret_cast<QEL_DESC *>(cell), 0, indent + 4);
-          continue;
-        }
-        Scratch &value = valueScratch(7000);
-        Scratch &numeric = numericScratch();
-        FormatData(d, c, r, value, numeric, false);
-        outputStream->Indent(indent + 4);
-        Print(d, r, c, value.pTail(), numeric.pTail());
-      }
-      if (d->nameId != tGSnone) {
-        outputStream->Indent(indent + 2);
-        outputStream->PutF("</%s>\n", name);
-      }
-    }
-  }
-  PrintTableTag(static_cast<int>(desc->tableId), false, indent);
+void TagRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
+  Call call(*this);
+  if (desc)
+    walk(desc, parentOid, indent);
 }
 
-void TagRenderer::PrintTableTag(int tableId, bool open, int indent) {
-  outputStream->Indent(indent + 2);
-  const char *element = getXMLName(static_cast<unsigned>(tableId));
+bool TagRenderer::sortsRows(const Plan &) const { return false; }
+
+void TagRenderer::orderFailed() {}
+
+void TagRenderer::tableTag(QEL_DESC *head, bool open, int indent) {
+  pad(indent + 2);
+  const char *element = getXMLName(head->tableId);
   if (!element) {
-    logErrorPrint("Table %s does not have an XML name",
-                  qel_detail::keywordText(static_cast<unsigned>(tableId)));
-    outputStream->PutF("<%sundefined>\n", open ? "" : "/");
-    return;
+    logErrorPrint("Table %s does not have an XML name", qel_detail::keywordText(head->tableId));
+    element = "undefined";
   }
-  outputStream->PutF("<%s%s>\n", open ? "" : "/", element);
+  put(open ? "<" : "</");
+  put(element);
+  put(">\n");
 }
 
-void TagRenderer::Print(QEL_DESC *desc, int, int column, char *value, char *numeric) {
-  const _QEL_COLUMN_DESC &col = desc->pColumns[column];
-  const char *element = qel_detail::text(getXMLName(col.displayId));
-  if (col.qualifierNameId == tGSnone)
-    outputStream->PutF("<%s%s%s>%s</%s>\n", element, *numeric ? " " : "", numeric, value,
-                       element);
-  else
-    outputStream->PutF("<%s %s=\"%s\">%s</%s>\n", element,
-                       qel_detail::keywordText(col.qualifierNameId),
-                       qel_detail::keywordText(col.qualifierValueId), value, element);
+void TagRenderer::beginChain(QEL_DESC *head, int indent) { tableTag(head, true, indent); }
+
+void TagRenderer::endChain(QEL_DESC *head, int indent) { tableTag(head, false, indent); }
+
+void TagRenderer::planTable(Plan &plan) {
+  QEL_DESC *d = plan.desc;
+  if (d->nameId != tGSnone) {
+    char name[256] = "";
+    strcpyAssert(name, getXMLName(d->nameId), sizeof name);
+    strlwr(name);
+    if (!addText(plan, plan.table[0], name))
+      return;
+  }
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    col.companion = false;
+    if (col.type == COLTYPE_QEL)
+      continue;
+    const _QEL_COLUMN_DESC &c = *col.desc;
+    const std::string element = qel_detail::text(getXMLName(c.displayId));
+    std::string qualifier = ">";
+    if (c.qualifierNameId != tGSnone)
+      qualifier = std::string(" ") + qel_detail::keywordText(c.qualifierNameId) + "=\"" +
+                  qel_detail::keywordText(c.qualifierValueId) + "\">";
+    if (!addText(plan, col.fixed[0], ("<" + element).c_str()) ||
+        !addText(plan, col.fixed[1], qualifier.c_str()) ||
+        !addText(plan, col.fixed[2], ("</" + element + ">\n").c_str()))
+      return;
+  }
+}
+
+void TagRenderer::beginRow(Plan &plan, int row, int, int indent) {
+  ++objectId;
+  const QEL_DESC *d = plan.desc;
+  if (d->nameId == tGSnone)
+    return;
+  pad(indent + 2);
+  putChar('<');
+  put(plan.text(plan.table[0]));
+  if (d->numRows > 1) {
+    put(" index=\"");
+    putInt(row);
+    putChar('"');
+  }
+  put(">\n");
+}
+
+void TagRenderer::cell(Plan &plan, const Column &col, Text value, const char *units, bool,
+                       int indent) {
+  pad(indent + 4);
+  put(plan.text(col.fixed[0]));
+  if (*units && col.desc->qualifierNameId == tGSnone) {
+    put(" units=\"");
+    put(units);
+    putChar('"');
+  }
+  put(plan.text(col.fixed[1]));
+  put(value);
+  put(plan.text(col.fixed[2]));
+}
+
+void TagRenderer::nestedCell(Plan &, const Column &, QEL_DESC *nested, int indent) {
+  if (nested)
+    walk(nested, 0, indent + 4);
+}
+
+void TagRenderer::endRow(Plan &plan, int, int indent) {
+  if (plan.desc->nameId == tGSnone)
+    return;
+  pad(indent + 2);
+  put("</");
+  put(plan.text(plan.table[0]));
+  put(">\n");
 }

@@ -1,23 +1,31 @@
-// The tag renderer: descriptor chains as the deprecated tag XML.
+// The tag renderer: descriptor chains as tag XML (deprecated).
 #ifndef QEL_RENDERERS_CLI_TAGRENDERER_H
 #define QEL_RENDERERS_CLI_TAGRENDERER_H
 
 #include <qel/renderers/renderer.h>
 
-/// Writes every property as an element named by the dictionary's XML name,
-/// every row as an element named after the object, the whole chain inside
-/// one element named after the first descriptor's table. Storage order; no
-/// escaping.
+/// Writes each chain as one element named by the dictionary's tag name of
+/// its first table, rows as elements of the object name, and one element
+/// per column; nested tables inside the row that holds them.
 class QEL_API TagRenderer : public Renderer {
 public:
   explicit TagRenderer(services::user::Session *session);
   ~TagRenderer() override;
 
   void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
-  /// Writes the start (\p open) or end tag of a table's element.
-  void PrintTableTag(int tableId, bool open, int indent);
-  /// Writes one property element from a cell's text and units attribute.
-  void Print(QEL_DESC *desc, int row, int column, char *value, char *numeric);
+
+private:
+  void beginChain(QEL_DESC *head, int indent) override;
+  void endChain(QEL_DESC *head, int indent) override;
+  void planTable(Plan &plan) override;
+  bool sortsRows(const Plan &plan) const override;
+  void orderFailed() override;
+  void beginRow(Plan &plan, int row, int position, int indent) override;
+  void cell(Plan &plan, const Column &col, Text value, const char *units, bool numericForm,
+            int indent) override;
+  void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
+  void endRow(Plan &plan, int row, int indent) override;
+  void tableTag(QEL_DESC *head, bool open, int indent);
 };
 
 #endif

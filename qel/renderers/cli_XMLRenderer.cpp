@@ -7,9 +7,12 @@
 //     </OBJECT>
 //
 // (the COMP element only in the XML2 forms; attributes on one line.) Values
-// are escaped with convertBuffer (&quot; &amp; &apos; &lt; &gt;); attribute
-// texts come from the keyword repository and the dictionary, which hold no
-// special characters, and are written as they are.
+// are escaped with convertBuffer (&quot; &amp; &apos; &lt; &gt;, and bytes
+// XML cannot hold replaced); attribute texts come from the keyword
+// repository and the dictionary, which hold no special characters, and are
+// written as they are. Everything but the value and a size's units is the
+// same for every row of a column: the plan holds it as two finished runs of
+// bytes around the units, and one for the numeric companion.
 #include <qel/renderers/cli_XMLRenderer.h>
 
 #include <qel/internal.h>
@@ -17,143 +20,168 @@
 #include <platform/framework.h>
 #include <platform/helpers.h>
 
+#include <string>
+
 namespace {
 
 const char kPrintTable[] = "virtual void XMLRenderer::PrintTable(QEL_DESC*, int, int)";
+// The line the row-order failure has always been logged with.
+constexpr int kOrderFailedLine = 185;
 
 } // namespace
 
-XMLRenderer::XMLRenderer(services::user::Session *session) : Renderer(session) {}
+XMLRenderer::XMLRenderer(services::user::Session *session) : Renderer(session) {
+  using services::user::Preferences;
+  m_brief = outputFormat == Preferences::OUTPUT_XML2_BRIEF ||
+            outputFormat == Preferences::OUTPUT_API_BRIEF;
+  m_xml2 = outputFormat == Preferences::OUTPUT_XML2 ||
+           outputFormat == Preferences::OUTPUT_XML2_BRIEF;
+}
 
 XMLRenderer::~XMLRenderer() = default;
 
-bool XMLRenderer::isBriefOutput() const {
-  return outputFormat == services::user::Preferences::OUTPUT_XML2_BRIEF ||
-         outputFormat == services::user::Preferences::OUTPUT_API_BRIEF;
-}
-
-bool XMLRenderer::isXML2Output() const {
-  return outputFormat == services::user::Preferences::OUTPUT_XML2 ||
-         outputFormat == services::user::Preferences::OUTPUT_XML2_BRIEF;
-}
-
 void XMLRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
-  if (!desc)
-    return;
-  outputStream->setSilentTruncation(true);
-  using services::user::Preferences;
-  for (QEL_DESC *d = desc; d; d = d->pNext) {
+  Call call(*this);
+  if (desc)
+    walk(desc, parentOid, indent);
+}
+
+bool XMLRenderer::beginTable(Plan &, int parentOid, int) {
+  m_levels[depth()].parentOid = parentOid;
+  return true;
+}
+
+bool XMLRenderer::sortsRows(const Plan &) const { return true; }
+
+void XMLRenderer::orderFailed() {
+  framework::Logger::StaticLogMethod(0, kPrintTable, kOrderFailedLine, "malloc failed");
+}
+
+void XMLRenderer::planTable(Plan &plan) {
+  QEL_DESC *d = plan.desc;
+  // The object's start tag up to its id, and after it.
+  const char *basetype = qel_detail::text(getAPIName(d->tableId));
+  std::string head = "<OBJECT basetype=\"";
+  head += basetype;
+  head += "\" name=\"";
+  std::string tail = "\"";
+  if (d->nameId != tGSnone) {
     char name[256] = "";
-    if (d->nameId != tGSnone)
-      strcpyAssert(name, getAPIName(d->nameId), sizeof name);
-    strlwr(name);
-    const char *basetype = qel_detail::text(getAPIName(d->tableId));
-
-    int *order = nullptr;
-    if (d->numRows > 1) {
-      order = static_cast<int *>(framework::Memory::StaticAlloc(
-          static_cast<std::size_t>(d->numRows) * sizeof(int)));
-      if (!order) {
-        framework::Logger::StaticLogMethod(0, kPrintTable, 185, "malloc failed");
-        return;
-      }
-      SORTOutput(d, order);
-    }
-    Associations pending[kMaxAssociations];
-    for (int p = 0; p < d->numRows; ++p) {
-      const int row = order ? order[p] : p;
-      const int oid = ++objectId;
-      int count = 0;
-      if (isXML2Output() && parentOid >= 0)
-        outputStream->PutF("<COMP G=\"%d\" P=\"%d\"/>", parentOid, oid);
-      outputStream->Indent(indent + 2);
-      if (d->nameId != tGSnone)
-        outputStream->PutF("<OBJECT basetype=\"%s\" name=\"%s\" oid=\"%d\" format=\"%s\">\n",
-                           basetype, name, oid, getConsoleFormat(d));
-      else
-        outputStream->PutF("<OBJECT basetype=\"%s\" name=\"%s\" oid=\"%d\">\n", basetype,
-                           basetype, oid);
-      for (int c = 0; c < d->numColumns; ++c) {
-        if (getColumnType(d->tableId, c) != COLTYPE_QEL) {
-          Scratch &value = valueScratch(7000);
-          Scratch &numeric = numericScratch();
-          FormatData(d, c, row, value, numeric, false);
-          outputStream->Indent(indent + 4);
-          Print(d, row, c, value, numeric, false);
-          if (isNumericColumn(d, c)) {
-            value.use(7000);
-            numeric.use(1024);
-            outputStream->Indent(indent + 4);
-            FormatData(d, c, row, value, numeric, true);
-            Print(d, row, c, value, numeric, true);
-          }
-          continue;
-        }
-        const QEL_CELL cell = qel_detail::cellAt(d, row, c);
-        if (!cell)
-          continue;
-        if (outputFormat == Preferences::OUTPUT_API ||
-            outputFormat == Preferences::OUTPUT_API_BRIEF) {
-          PrintTable(reinterpret_cast<QEL_DESC *>(cell), oid, indent + 2);
-        } else if (isXML2Output()) {
-          if (count < kMaxAssociations) {
-            pending[count++] = {row * d->maxColumns + c, oid};
-          } else {
-            framework::Logger::StaticLog(
-                0, "XMLRenderer: object %d of %s holds more than %d nested tables; "
-                   "column %d is not written",
-                oid, basetype, kMaxAssociations, c);
-          }
-        }
-      }
-      outputStream->Indent(indent + 2);
-      outputStream->PutS("</OBJECT>\n");
-      if (count > 0)
-        PrintAssocs(d->cells, pending, count, indent);
-    }
-    framework::Memory::StaticFree(order);
-  }
-}
-
-void XMLRenderer::PrintAssocs(QEL_CELL *cells, Associations *list, int count,
-                              int indent) {
-  for (int i = 0; i < count; ++i)
-    PrintTable(reinterpret_cast<QEL_DESC *>(cells[list[i].cellIndex]),
-               list[i].parentOid, indent);
-}
-
-void XMLRenderer::Print(QEL_DESC *desc, int, int column, utility::BufferStream &value,
-                        utility::BufferStream &numeric, bool numericForm) {
-  const _QEL_COLUMN_DESC &col = desc->pColumns[column];
-  const PropertyMetaData *p = col.pProperty;
-  const ColumnDataType type = getColumnType(desc->tableId, column);
-  const char *name = qel_detail::keywordText(col.displayId);
-  if (!numericForm)
-    outputStream->PutF("<PROPERTY name=\"%s\"", name);
-  else if (type == COLTYPE_BLOCKS)
-    outputStream->PutF("<PROPERTY name=\"%s-numeric\" units=\"blocks512\"", name);
-  else
-    outputStream->PutF("<PROPERTY name=\"%s-numeric\"", name);
-  if (col.qualifierNameId != tGSnone)
-    outputStream->PutF(" %s=\"%s\"", qel_detail::keywordText(col.qualifierNameId),
-                       qel_detail::keywordText(col.qualifierValueId));
-  if (numeric.ReadAvailable() > 0) {
-    outputStream->PutC(' ');
-    outputStream->PutS(numeric.pTail());
-  }
-  if (p && p->key)
-    outputStream->PutS(" key=\"true\"");
-  if (isBriefOutput()) {
-    outputStream->PutF(" type=\"%s\"", getDataTypeStr(type));
+    strcpyAssert(name, getAPIName(d->nameId), sizeof name);
+    head += strlwr(name);
+    tail += " format=\"";
+    tail += getConsoleFormat(d);
+    tail += "\"";
   } else {
-    outputStream->PutF(
-        " type=\"%s\" size=\"%d\" draw=\"%s\" sort=\"%s\" display-name=\"%s\"",
-        numericForm ? "uint32" : getDataTypeStr(type), p ? p->size : 0,
-        col.draw ? "true" : "false", getSortType(p ? p->sortType : SORT_NONE),
-        qel_detail::text(getConsoleLabel(static_cast<int>(col.displayId),
-                                         static_cast<int>(desc->tableId), locale)));
+    head += basetype;
   }
-  outputStream->PutC('>');
-  convertBuffer(*outputStream, value.pTail());
-  outputStream->PutS("</PROPERTY>\n");
+  head += "\" oid=\"";
+  tail += ">\n";
+  if (!addText(plan, plan.table[0], head.c_str()) || !addText(plan, plan.table[1], tail.c_str()))
+    return;
+
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    if (col.type == COLTYPE_QEL)
+      continue;
+    const _QEL_COLUMN_DESC &c = *col.desc;
+    const PropertyMetaData *p = col.property;
+    const std::string name = qel_detail::keywordText(c.displayId);
+    std::string qualifier;
+    if (c.qualifierNameId != tGSnone) {
+      qualifier = " ";
+      qualifier += qel_detail::keywordText(c.qualifierNameId);
+      qualifier += "=\"";
+      qualifier += qel_detail::keywordText(c.qualifierValueId);
+      qualifier += "\"";
+    }
+    auto metadata = [&](bool numericForm) {
+      std::string m;
+      if (p && p->key)
+        m += " key=\"true\"";
+      m += " type=\"";
+      if (m_brief) {
+        m += getDataTypeStr(col.type);
+        m += "\"";
+      } else {
+        m += numericForm ? "uint32" : getDataTypeStr(col.type);
+        m += "\" size=\"" + std::to_string(p ? p->size : 0) + "\" draw=\"";
+        m += c.draw ? "true" : "false";
+        m += "\" sort=\"";
+        m += getSortType(p ? p->sortType : SORT_NONE);
+        m += "\" display-name=\"";
+        m += qel_detail::text(getConsoleLabel(static_cast<int>(c.displayId),
+                                              static_cast<int>(d->tableId), locale));
+        m += "\"";
+      }
+      return m + ">";
+    };
+    const std::string start = "<PROPERTY name=\"" + name + "\"" + qualifier;
+    std::string numeric = "<PROPERTY name=\"" + name + "-numeric\"";
+    if (col.type == COLTYPE_BLOCKS)
+      numeric += " units=\"blocks512\"";
+    numeric += qualifier + metadata(true);
+    if (!addText(plan, col.fixed[0], start.c_str()) ||
+        !addText(plan, col.fixed[1], metadata(false).c_str()) ||
+        !addText(plan, col.fixed[2], numeric.c_str()))
+      return;
+  }
+}
+
+void XMLRenderer::beginRow(Plan &plan, int, int, int indent) {
+  Level &level = m_levels[depth()];
+  level.oid = ++objectId;
+  level.pending = 0;
+  if (m_xml2 && level.parentOid >= 0) {
+    put("<COMP G=\"");
+    putInt(level.parentOid);
+    put("\" P=\"");
+    putInt(level.oid);
+    put("\"/>");
+  }
+  pad(indent + 2);
+  put(plan.text(plan.table[0]));
+  putInt(level.oid);
+  put(plan.text(plan.table[1]));
+}
+
+void XMLRenderer::cell(Plan &plan, const Column &col, Text value, const char *units,
+                       bool numericForm, int indent) {
+  pad(indent + 4);
+  if (numericForm) {
+    put(plan.text(col.fixed[2]));
+  } else {
+    put(plan.text(col.fixed[0]));
+    if (*units) {
+      put(" units=\"");
+      put(units);
+      putChar('"');
+    }
+    put(plan.text(col.fixed[1]));
+  }
+  putXml(value);
+  put("</PROPERTY>\n");
+}
+
+void XMLRenderer::nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) {
+  if (!nested)
+    return;
+  Level &level = m_levels[depth()];
+  if (!m_xml2) {
+    walk(nested, level.oid, indent + 2);
+  } else if (level.pending < kMaxAssociations) {
+    level.assocs[level.pending++] = {nested, level.oid};
+  } else {
+    framework::Logger::StaticLog(
+        0, "XMLRenderer: object %d of %s holds more than %d nested tables; column %d is not written",
+        level.oid, qel_detail::text(getAPIName(plan.desc->tableId)), kMaxAssociations, col.index);
+  }
+}
+
+void XMLRenderer::endRow(Plan &, int, int indent) {
+  pad(indent + 2);
+  put("</OBJECT>\n");
+  Level &level = m_levels[depth()];
+  for (int i = 0; i < level.pending && !failed(); ++i)
+    walk(level.assocs[i].nested, level.assocs[i].parentOid, indent);
 }

@@ -7,8 +7,8 @@
 
 /// A nested table waiting to be written after its holding object (XML2).
 struct Associations {
-  int cellIndex; ///< index into the holder's cells of the nested descriptor
-  int parentOid; ///< object id of the holding object
+  QEL_DESC *nested; ///< the nested chain
+  int parentOid;    ///< object id of the holding object
 };
 
 /// Writes one OBJECT element per row (in sorted order) and one PROPERTY
@@ -25,14 +25,27 @@ public:
   ~XMLRenderer() override;
 
   void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
-  /// Writes the PROPERTY element of cell (row, column) from the texts that
-  /// FormatData left in \p value and \p numeric.
-  void Print(QEL_DESC *desc, int row, int column, utility::BufferStream &value,
-             utility::BufferStream &numeric, bool numericForm);
-  /// Writes the nested tables of one object.
-  void PrintAssocs(QEL_CELL *cells, Associations *list, int count, int indent);
-  bool isBriefOutput() const;
-  bool isXML2Output() const;
+
+private:
+  void planTable(Plan &plan) override;
+  bool beginTable(Plan &plan, int parentOid, int indent) override;
+  bool sortsRows(const Plan &plan) const override;
+  void orderFailed() override;
+  void beginRow(Plan &plan, int row, int position, int indent) override;
+  void cell(Plan &plan, const Column &col, Text value, const char *units, bool numericForm,
+            int indent) override;
+  void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
+  void endRow(Plan &plan, int row, int indent) override;
+
+  struct Level {
+    int oid;                                   ///< the object being written
+    int parentOid;                             ///< its holder's id
+    int pending;                               ///< entries in assocs
+    Associations assocs[kMaxAssociations];     ///< XML2: after the object
+  };
+  Level m_levels[kMaxDepth + 1];
+  bool m_brief;
+  bool m_xml2;
 };
 
 #endif

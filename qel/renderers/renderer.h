@@ -1,10 +1,16 @@
 // The renderer base: the session settings every renderer captures, the text
-// of one cell (FormatData), XML escaping and the numeric-companion rule.
+// of one cell (FormatData), XML escaping, the numeric-companion rule, and the
+// one walk over a descriptor chain that every output format shares.
 //
 // A renderer is made for one print call, prints one chain with PrintTable
 // (which recurses into nested tables on the same object, so objectId keeps
 // counting) and is destroyed. Renderers never throw: the streams they write
 // are switched to silent truncation, so text that does not fit is cut.
+//
+// Nesting is limited to kMaxDepth levels: a nested table deeper than that is
+// not printed, and "Renderer: nested tables deeper than 64 levels are not
+// printed" is logged once per print. A renderer made without a session
+// writes nothing and logs "Renderer: no session".
 #ifndef QEL_RENDERERS_RENDERER_H
 #define QEL_RENDERERS_RENDERER_H
 
@@ -19,6 +25,9 @@
 
 class QEL_API Renderer {
 public:
+  /// Nested tables printed below a top-level table, at most.
+  static constexpr int kMaxDepth = 64;
+
   /// Writes to the session's output stream, with the session's settings.
   explicit Renderer(services::user::Session *session);
   /// As above, writing to \p stream.
@@ -40,7 +49,11 @@ public:
   /// arguments are logged and leave \p value empty.
   void FormatData(QEL_DESC *desc, int column, int row, utility::PutStream &value,
                   utility::PutStream &numeric, bool numericForm);
-  /// Writes \p text with the five XML special characters escaped.
+  /// Writes \p text with the five XML special characters escaped. Bytes that
+  /// XML does not allow are replaced so the document stays well-formed: C0
+  /// control characters other than tab, line feed and carriage return are
+  /// dropped, and each byte that is not part of a valid UTF-8 sequence (or
+  /// that encodes a surrogate, U+FFFE or U+FFFF) becomes U+FFFD.
   static void convertBuffer(utility::PutStream &out, const char *text);
   /// True for the column types whose numeric form differs (ENUM, ENUMTOKEN,
   /// DATETIME, TIME, BLOCKS, BLOCKS2BYTES): they get a "-numeric" companion.
@@ -56,32 +69,164 @@ public:
   std::int32_t objectId;                                      ///< last id given
 
 protected:
-  /// A scratch stream for cell texts: allocated once per renderer, reused
-  /// for every cell. use(n) empties it and makes it hold at most n bytes,
-  /// with silent truncation, exactly as a fresh stream of n bytes would.
-  class Scratch : public utility::BufferStream {
-  public:
-    explicit Scratch(int size) : BufferStream(size), m_allocated(Capacity()) {}
-    Scratch &use(int size);
-
-  private:
-    int m_allocated;
+  /// A text that is not NUL-terminated: a run of bytes.
+  struct Text {
+    const char *data;
+    int size;
   };
 
-  /// The value scratch, holding at most \p size (up to 7200) bytes, and the
-  /// numeric scratch; both empty.
-  Scratch &valueScratch(int size) { return m_value.use(size); }
-  Scratch &numericScratch() { return m_numeric.use(1024); }
+  /// A text kept in a plan's bytes (offsets stay valid when they grow).
+  struct Span {
+    int offset;
+    int size;
+  };
+
+  /// Decoder texts remembered per column: values that repeat down a column
+  /// are decoded once.
+  static constexpr int kDecoded = 4;
+  static constexpr int kDecodedBytes = 64;
+
+  /// Everything about one column that does not change from row to row,
+  /// resolved once per print of a descriptor.
+  struct Column {
+    int index;                          ///< column number in the descriptor
+    ColumnDataType type;                ///< from the registry
+    const PropertyMetaData *property;   ///< may be null
+    _QEL_COLUMN_DESC *desc;             ///< the descriptor's column
+    bool companion;                     ///< has a "-numeric" companion
+    int limit;                          ///< bytes of a value, at most
+    int width;                          ///< console: printed width
+    Span fixed[4];                      ///< the renderer's constant texts
+    std::int64_t decodedValue[kDecoded]; ///< cached decoder input, or -1
+    int decodedSize[kDecoded];          ///< its text's length
+    int decodedOffset;                  ///< kDecoded slots in the bytes
+  };
+
+  /// The plan of one descriptor: its columns and the constant texts the
+  /// renderer made for them (in `bytes`).
+  struct Plan {
+    QEL_DESC *desc = nullptr;
+    Column *columns = nullptr;            ///< count entries
+    int count = 0;                        ///< columns in use
+    int capacity = 0;                     ///< columns allocated
+    char *bytes = nullptr;                ///< constant texts, decoder cache
+    int used = 0;                         ///< bytes in use
+    int size = 0;                         ///< bytes allocated
+    _QEL_COLUMN_DESC *snapshot = nullptr; ///< the columns it was made for
+    GS_TokenValues tableId{};             ///< the table it was made for
+    GS_TokenValues nameId{};              ///< and its object name
+    Span table[4];                        ///< the renderer's per-table texts
+
+    Text text(Span s) const { return {bytes + s.offset, s.size}; }
+  };
+
+  // --- The walk --------------------------------------------------------
+
+  /// Prints the chain \p head: plans each descriptor, takes its rows in
+  /// print order and hands them, column by column, to the hooks below.
+  /// Returns false when the print had to stop (logged).
+  bool walk(QEL_DESC *head, int parentOid, int indent);
+
+  /// Called before the chain, and after it.
+  virtual void beginChain(QEL_DESC *head, int indent);
+  virtual void endChain(QEL_DESC *head, int indent);
+  /// Makes the renderer's constant texts of a fresh plan (addText).
+  virtual void planTable(Plan &plan) = 0;
+  /// Before the rows of a descriptor; false skips the descriptor.
+  virtual bool beginTable(Plan &plan, int parentOid, int indent);
+  /// Whether the rows go out sorted (SORTOutput) rather than as stored.
+  virtual bool sortsRows(const Plan &plan) const = 0;
+  /// Logs that the row order could not be allocated.
+  virtual void orderFailed() = 0;
+  /// Row \p row (the \p position-th printed).
+  virtual void beginRow(Plan &plan, int row, int position, int indent) = 0;
+  /// Whether column \p col is visited at all.
+  virtual bool visits(const Column &col) const;
+  /// One value (\p numericForm: its companion). \p units is the storage
+  /// size's units text, or empty.
+  virtual void cell(Plan &plan, const Column &col, Text value, const char *units,
+                    bool numericForm, int indent) = 0;
+  /// A cell of a nested-table column (\p nested may be null).
+  virtual void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) = 0;
+  virtual void endRow(Plan &plan, int row, int indent) = 0;
+  /// After the rows of a descriptor.
+  virtual void endTable(Plan &plan, int indent);
+
+  /// Stores \p size bytes of \p text in the plan; false when out of memory.
+  bool addText(Plan &plan, Span &slot, const char *text, int size);
+  bool addText(Plan &plan, Span &slot, const char *text);
+  /// Makes the plan's columns match the descriptor's again (the console's
+  /// header may widen a column).
+  void replan(Plan &plan);
+
+  /// The text of a cell, as FormatData writes it to a value stream of
+  /// col.limit bytes; \p units receives the units text of a storage size.
+  Text cellText(Plan &plan, Column &col, QEL_CELL cell, bool numericForm, char *units);
+
+  // --- Output ----------------------------------------------------------
+  // Text goes to an inline buffer that is handed to the output stream when
+  // it fills and when the outermost call returns.
+
+  void put(const char *data, int size) {
+    if (size > kBufferSize - m_used) {
+      putSlow(data, size);
+      return;
+    }
+    __builtin_memcpy(m_buffer + m_used, data, static_cast<std::size_t>(size));
+    m_used += size;
+  }
+  void put(Text text) { put(text.data, text.size); }
+  void put(const char *text);
+  void putChar(char c) {
+    if (m_used == kBufferSize)
+      flush();
+    m_buffer[m_used++] = c;
+  }
+  void putInt(long long value);
+  void pad(int count);
+  void putRun(int count, char c);
+  /// \p value with the XML escaping of convertBuffer.
+  void putXml(Text value);
+  void flush();
+
+  /// Counts calls into the renderer so that the outermost one flushes.
+  class Call {
+  public:
+    explicit Call(Renderer &r) : m_r(r) { ++m_r.m_calls; }
+    ~Call() {
+      if (--m_r.m_calls == 0)
+        m_r.flush();
+    }
+
+  private:
+    Renderer &m_r;
+  };
+
+  int depth() const { return m_depth; }
+  bool failed() const { return m_failed; }
+  /// Logs an allocation failure of \p what and stops the print.
+  void outOfMemory(const char *what);
 
 private:
-  void writeStorageSize(const char *text, utility::PutStream &value,
-                        utility::PutStream &numeric);
-  void writeText(const char *text, utility::PutStream &value);
+  static constexpr int kBufferSize = 1 << 15;
 
-  Scratch m_value{7200};
-  Scratch m_numeric{1024};
-  char *m_escape = nullptr;        ///< JSON escape scratch
-  std::size_t m_escapeSize = 0;    ///< bytes in m_escape
+  Renderer(services::user::Session *session, utility::PutStream *stream, bool);
+
+  void putSlow(const char *data, int size);
+  Plan *planFor(QEL_DESC *desc);
+  bool fillPlan(Plan &plan, QEL_DESC *desc);
+  Text decode(Plan &plan, Column &col, std::uint32_t value);
+  Text storageSize(const char *text, char *units);
+
+  Plan m_plans[kMaxDepth + 1];   ///< one per nesting level
+  int m_depth = -1;              ///< level being printed
+  int m_calls = 0;               ///< open calls into the renderer
+  bool m_failed = false;         ///< the print stopped
+  bool m_tooDeep = false;        ///< the depth limit was logged
+  const char *m_notAvailable;    ///< the localized "N/A"
+  int m_used = 0;                ///< bytes in m_buffer
+  char m_scratch[7200 + 64];     ///< formatted cell texts
+  char m_buffer[kBufferSize];    ///< output not yet handed on
 };
 
 #endif

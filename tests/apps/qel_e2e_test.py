@@ -201,6 +201,9 @@ class Golden(unittest.TestCase):
         ('hosts-json.js', ['--format', 'json', 'show', 'hosts']),
         ('hosts-json-alt.js', ['--format', 'json-alt', 'show', 'hosts']),
         ('hosts-tag.xml', ['--format', 'tag', 'show', 'hosts']),
+        ('controllers-xml2.xml', ['--format', 'xml2', 'show', 'controllers']),
+        ('controllers-json.js', ['--format', 'json', 'show', 'controllers']),
+        ('controllers-tag.xml', ['--format', 'tag', 'show', 'controllers']),
         ('volumes-de-api.xml', ['--format', 'api', '--locale', 'de', 'show', 'volumes']),
         ('meta-volumes-ja-api.xml', ['--format', 'api', '--locale', 'ja', 'meta', 'volumes']),
     ]

@@ -101,7 +101,8 @@ TEST_F(Fill, TextsAreOwnedCopiesAndRowsGrow) {
   QEL_FillColumnHexString(&session_, d_, 11, 0, kBytes);
   EXPECT_EQ(std::memcmp(text(0, 11), kBytes, 8), 0);
   EXPECT_EQ(text(0, 11)[8], '\0');
-  EXPECT_EQ(framework::Memory::liveAllocations(), baseline_ + 2 + 3);
+  // The block, its columns and one chunk that holds all three copies.
+  EXPECT_EQ(framework::Memory::liveAllocations(), baseline_ + 2 + 1);
   EXPECT_EQ(d_->numRows, 4) << "the highest row filled, not the last";
   for (int c = 0; c < 19; ++c)
     EXPECT_EQ(cell(1, c), 0u);
@@ -179,13 +180,17 @@ TEST_F(Fill, NumbersNeverBecomePointers) {
 TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   LogCapture log;
   QEL_FillColumnString(&session_, d_, 4, 0, "kept");
-  framework::Memory::setFailAfter(0);
-  QEL_FillColumnString(&session_, d_, 4, 0, "lost");
-  framework::Memory::setFailAfter(0);
-  QEL_FillColumnStringN(&session_, d_, 13, 2, "ABCDEFGH");
+  // A shorter text reuses the cell's copy; a long one needs new storage.
+  QEL_FillColumnString(&session_, d_, 4, 1, "longer text");
+  QEL_FillColumnString(&session_, d_, 4, 1, "short");
+  EXPECT_STREQ(text(1, 4), "short");
+  const std::string huge(5000, 'x');
+  framework::Memory::setFailAfter(0, true);
+  QEL_FillColumnString(&session_, d_, 4, 0, huge.c_str());
+  QEL_FillColumnString(&session_, d_, 4, 2, huge.c_str());
   framework::Memory::setFailAfter(-1);
   EXPECT_STREQ(text(0, 4), "kept");
-  EXPECT_EQ(cell(2, 13), 0u);
+  EXPECT_EQ(cell(2, 4), 0u);
   EXPECT_EQ(d_->numRows, 3) << "the row count was raised before the copy";
   EXPECT_EQ(log.texts(Route::Error),
             (std::vector<std::string>(2, "QEL_FillColumn():: malloc failed")));

@@ -134,21 +134,41 @@ TEST_F(Console, QualifiersInHeadingsAndSortedRows) {
                           "1.10     4096                 1.5Gb    \n" + rule);
 }
 
-TEST_F(Console, NullDescriptorAndMissingRowOrder) {
+TEST_F(Console, NullDescriptorAndAllocationFailures) {
   LogCapture log;
   print(nullptr);
+  EXPECT_EQ(records(log), (std::vector<Record>{{"pDesc is NULL", 375, 0, kPrintTable}}));
+  // The last allocation of a print is the row order; the ones before it the
+  // column plan. Without the order the header stands and the rest of the
+  // chain is skipped; without the plan nothing is written and the print
+  // says why.
   QEL_DESC *a = own(userRows({"a", "b"}));
   QEL_DESC *b = userRows({});
   QEL_link(a, b);
-  ConsoleRenderer r(&session_);
-  out_.Rewind();
-  framework::Memory::setFailAfter(0);
-  r.PrintTable(a, 0, 0);
-  framework::Memory::setFailAfter(-1);
-  EXPECT_EQ(out_.pTail(), kHeader);
-  EXPECT_EQ(b->printed, 0) << "the rest of the chain is skipped";
-  EXPECT_EQ(records(log), (std::vector<Record>{{"pDesc is NULL", 375, 0, kPrintTable},
-                                               {"malloc failed", 508, 0, kPrintTable}}));
+  const long allocations = [&] {
+    ConsoleRenderer r(&session_);
+    const long before = framework::Memory::totalAllocations();
+    r.PrintTable(a, 0, 0);
+    a->printed = b->printed = 0;
+    return framework::Memory::totalAllocations() - before;
+  }();
+  struct {
+    long failAt;
+    std::string output, message;
+  } cases[] = {{allocations - 1, kHeader, "malloc failed"},
+               {0, "", "Renderer: out of memory for a column plan; the print is incomplete"}};
+  for (const auto &c : cases) {
+    LogCapture failures;
+    ConsoleRenderer r(&session_);
+    out_.Rewind();
+    framework::Memory::setFailAfter(c.failAt);
+    r.PrintTable(a, 0, 0);
+    framework::Memory::setFailAfter(-1);
+    EXPECT_EQ(out_.pTail(), c.output) << c.failAt;
+    EXPECT_EQ(b->printed, 0) << "the rest of the chain is skipped";
+    ASSERT_EQ(failures.records.size(), 1u) << c.failAt;
+    EXPECT_EQ(failures.records[0].text, c.message);
+  }
 }
 
 } // namespace

@@ -73,6 +73,54 @@ TEST_F(Xml, PropertyAttributesAndEscaping) {
     EXPECT_NE(d.find(fragment), std::string::npos) << fragment;
 }
 
+// Bytes XML cannot hold never reach the document: C0 controls other than
+// tab, line feed and carriage return are dropped; bytes outside valid UTF-8
+// (and surrogates, U+FFFE, U+FFFF) become U+FFFD; valid UTF-8 stays.
+TEST(XmlEscape, KeepsEveryDocumentWellFormed) {
+  const struct {
+    const char *in, *out;
+  } rows[] = {
+      {"a\x01" "b\x1f", "ab"},
+      {"tab\tlf\ncr\r", "tab\tlf\ncr\r"},
+      {"\xff", "\xEF\xBF\xBD"},
+      {"x\xC3", "x\xEF\xBF\xBD"},                                   // cut sequence
+      {"\xC0\xAF", "\xEF\xBF\xBD\xEF\xBF\xBD"},                     // overlong
+      {"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},      // surrogate
+      {"\xEF\xBF\xBE", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},      // U+FFFE
+      {"na\xC3\xAFve \xE6\x97\xA5 \xF0\x9F\x92\xBE &", "na\xC3\xAFve \xE6\x97\xA5 \xF0\x9F\x92\xBE &amp;"},
+  };
+  for (const auto &row : rows) {
+    utility::BufferStream out(256);
+    Renderer::convertBuffer(out, row.in);
+    EXPECT_STREQ(out.pTail(), row.out) << row.in;
+  }
+}
+
+// Nesting deeper than the limit is cut with one log line; a renderer
+// without a session writes nothing and says so.
+TEST_F(Xml, DepthLimitAndNullSession) {
+  QEL_DESC *top = nullptr;
+  for (int level = 0; level < Renderer::kMaxDepth + 10; ++level) {
+    QEL_DESC *d = QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone, 1, 0);
+    QEL_FillColumnString(&session_, d, 0, 0, "x");
+    if (top)
+      QEL_FillColumnQEL(&session_, d, 1, 0, top);
+    top = d;
+  }
+  own(top);
+  LogCapture log;
+  const std::string doc = print(top, Preferences::OUTPUT_API);
+  std::size_t objects = 0;
+  for (std::size_t at = doc.find("<OBJECT"); at != std::string::npos; at = doc.find("<OBJECT", at + 1))
+    ++objects;
+  EXPECT_EQ(objects, static_cast<std::size_t>(Renderer::kMaxDepth + 1));
+  EXPECT_EQ(log.texts(LogCapture::Route::Log),
+            (std::vector<std::string>{"Renderer: nested tables deeper than 64 levels are not printed"}));
+  LogCapture none;
+  XMLRenderer(nullptr).PrintTable(top, 0, 0);
+  EXPECT_EQ(none.texts(LogCapture::Route::Log), (std::vector<std::string>{"Renderer: no session"}));
+}
+
 // A nested object stands between the properties before and after it, its
 // properties two spaces deeper; ids run on across the chain, whose rows are
 // sorted.
@@ -137,11 +185,17 @@ TEST_F(Xml, ManyNestedTablesAreCappedWithALogLine) {
 TEST_F(Xml, MissingRowOrderStopsTheChain) {
   QEL_DESC *a = own(userRows({"n1", "n2"}));
   QEL_link(a, userRows({"n1"}));
-  LogCapture log;
   session_.getPreferences().setOutputFormat(Preferences::OUTPUT_API);
+  const long allocations = [&] {
+    XMLRenderer renderer(&session_);
+    const long before = framework::Memory::totalAllocations();
+    renderer.PrintTable(a, 0, 0);
+    return framework::Memory::totalAllocations() - before;
+  }();
+  LogCapture log;
   XMLRenderer renderer(&session_);
   out_.Rewind();
-  framework::Memory::setFailAfter(0);
+  framework::Memory::setFailAfter(allocations - 1); // the row order comes last
   renderer.PrintTable(a, 0, 0);
   framework::Memory::setFailAfter(-1);
   EXPECT_STREQ(out_.pTail(), "");
