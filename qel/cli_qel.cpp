@@ -92,8 +92,14 @@ QEL_DESC *QEL_Create(services::user::Session *session, GS_TokenValues table,
   TableMetaData *t =
       TableMetaDataManager::getTableMetaDataManager(locale)->getTable(table);
   if (!t) {
-    framework::Logger::StaticLog(0, "QEL_Create: Could not find table %s",
-                                 keywordText(table));
+    // Before start-up every table is unknown; say what is missing instead.
+    if (!qel_detail::libraryStarted())
+      framework::Logger::StaticLog(
+          0, "QEL_Create: Could not find table %s: the output service is not built "
+             "(call framework::Container::getContainer()->buildService(pGSQel)->Startup() first)",
+          keywordText(table));
+    else
+      framework::Logger::StaticLog(0, "QEL_Create: Could not find table %s", keywordText(table));
     return nullptr;
   }
   const int n = static_cast<std::uint16_t>(t->getNumColumns());

@@ -80,6 +80,9 @@ QEL_API const char *getConsoleFormat(QEL_DESC *desc);
 /// \p name (1153: none), with room for \p maxRows rows. Null when the table
 /// is unknown ("QEL_Create: Could not find table %s" is logged), or when
 /// memory runs out or maxRows is negative or too large (debug line only).
+/// The output service must be built first (framework::Container::
+/// getContainer()->buildService(pGSQel)->Startup(), which runs QEL_Start):
+/// before that no table is known, and the logged line says so.
 QEL_API QEL_DESC *QEL_Create(services::user::Session *session,
                              GS_TokenValues table, GS_TokenValues name,
                              int maxRows, std::uint8_t consoleFormat);

@@ -6,6 +6,8 @@
 #include <qel/cli_qel.h>
 #include <qel/fieldnames/fieldnames.h>
 
+#include <cstddef>
+
 namespace qel_detail {
 
 /// Text for a "%s" argument: never null.
@@ -36,6 +38,23 @@ inline bool holdsPointer(ColumnDataType type) {
     return false;
   }
 }
+
+/// Names of a catalogue keyword that the dictionary has no text for: a
+/// label derived from the keyword and the keyword as tag-XML element name.
+/// The generated table kDerivedNames is sorted by token.
+struct DerivedName {
+  GS_TokenValues token;
+  FieldName record;    ///< default record: derived label, empty other texts
+  const char *element; ///< the keyword text
+};
+extern const DerivedName kDerivedNames[];
+extern const std::size_t kDerivedNameCount;
+
+/// The derived names of \p token, or null when it has none.
+const DerivedName *findDerivedName(unsigned token);
+
+/// Whether QEL_Start has built the dictionary and registered the catalogue.
+bool libraryStarted();
 
 /// Text copies of a descriptor's cells live in chunks that the descriptor
 /// owns, so a fill costs no allocation of its own and QEL_Free releases a

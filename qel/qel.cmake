@@ -16,8 +16,11 @@ endforeach()
 qel_generate(
   OUTPUTS ${DICT_OUTPUTS}
   SCRIPT tools/gen_dictionary.py
-  INPUTS ${DICT_INPUTS}
-  ARGS platform/keywords.txt qel/fieldnames/dictionary ${QGEN}/fieldnames)
+  INPUTS ${DICT_INPUTS} ${PROJECT_SOURCE_DIR}/platform/decoders.txt
+         ${Q}/metadata/catalogue.txt ${Q}/metadata/registrations.txt
+         ${PROJECT_SOURCE_DIR}/tools/gen_catalogue.py ${PROJECT_SOURCE_DIR}/tools/gen_decoders.py
+  ARGS platform/keywords.txt qel/fieldnames/dictionary ${QGEN}/fieldnames
+       platform/decoders.txt qel/metadata/catalogue.txt qel/metadata/registrations.txt)
 
 # Table catalogue.
 set(CAT ${Q}/metadata)

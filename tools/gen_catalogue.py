@@ -167,13 +167,14 @@ def generate(keywords_path, decoders_path, catalogue_path, registrations_path, o
 
     c.append('void initGSables() {\n'
              '  TableMetaDataManager *registry =\n'
-             '      TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);\n')
+             '      TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);\n'
+             '  registry->registeringCatalogue = true;\n')
     for basetype, array, wbi, pkey, parent, parent_key in rows:
         props = f'{array}, {len(arrays[array][1])}' if array != '-' else 'nullptr, 0'
         c.append(f'  registry->addTable({tok(basetype)}, {props}, {"true" if wbi else "false"}, '
                  f'pGS{genlib.identifier(pkey)}, pGS{genlib.identifier(parent)}, '
                  f'pGS{genlib.identifier(parent_key)});\n')
-    c.append('}\n')
+    c.append('  registry->registeringCatalogue = false;\n}\n')
 
     genlib.write_if_changed(out_h, ''.join(h))
     genlib.write_if_changed(out_cpp, ''.join(c))

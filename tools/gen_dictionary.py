@@ -5,19 +5,26 @@ Inputs (all UTF-8 text):
                               <keyword>[@<table>] | <label> [| <abbr> [| <desc>]]
   basetypes.txt               <table index> <basetype keyword>
   elements.txt                <keyword> | <tag-XML element name>
-and the keyword repository (platform/keywords.txt).
+and the keyword repository (platform/keywords.txt). Given the catalogue
+(decoders.txt, catalogue.txt, registrations.txt), every property keyword and
+basetype it uses without dictionary text gets derived names: the label from
+the keyword ("allocated-size" -> "Allocated Size"), the keyword itself as the
+tag-XML element name.
 
 Outputs:
   field_name_arrays.h     declarations of every generated object
   field_names_<loc>.cpp   one per locale: the text pool, the record arrays
                           fieldNametGS<id><suffix> and, for English, the
                           lengths fieldNameLengthtGS<id>
-  field_names_init.cpp    init_FieldNames and init_LocaleFieldNames
+  field_names_init.cpp    init_FieldNames, init_LocaleFieldNames and the
+                          derived names (qel_detail::kDerivedNames)
 
 Usage: gen_dictionary.py <keywords.txt> <dictionary dir> <output dir>
+                         [<decoders.txt> <catalogue.txt> <registrations.txt>]
 """
 
 import os
+import re
 import sys
 
 import genlib
@@ -205,7 +212,31 @@ class Pool:
         return ''.join(lines)
 
 
-def generate(keywords_path, src_dir, out_dir):
+def derived_label(keyword):
+    """The label of a keyword without dictionary text: its words, split at
+    "-" and "_", each with a capital first letter."""
+    return ' '.join(w[:1].upper() + w[1:] for w in re.split(r'[-_]', keyword) if w)
+
+
+def catalogue_keywords(keywords, decoders_path, catalogue_path, registrations_path):
+    """Property keywords and basetypes of the catalogue, in source order."""
+    import gen_catalogue
+    import gen_decoders
+    decoders = {n: (e, f) for n, e, f in gen_decoders.read_decoders(decoders_path)}
+    arrays = gen_catalogue.read_catalogue(catalogue_path, keywords, decoders)
+    out = {}
+    for _, props in arrays.values():
+        for p in props:
+            out[p.keyword] = None
+    for row in gen_catalogue.read_registrations(registrations_path, keywords, arrays):
+        out[row[0]] = None
+    return list(out)
+
+
+def generate(keywords_path, src_dir, out_dir, *catalogue):
+    if len(catalogue) not in (0, 3):
+        print(__doc__, file=sys.stderr)
+        sys.exit(2)
     keywords = genlib.read_keywords(keywords_path)
     paths = {stem: os.path.join(src_dir, stem + '.txt') for stem, _, _ in LOCALES}
     paths['basetypes'] = os.path.join(src_dir, 'basetypes.txt')
@@ -215,7 +246,11 @@ def generate(keywords_path, src_dir, out_dir):
     validate(texts, basetypes, keywords, paths)
     english = texts['en']
     elements = read_elements(paths['elements'], english)
-    inputs = [keywords_path] + [paths[k] for k in paths]
+    inputs = [keywords_path] + [paths[k] for k in paths] + list(catalogue)
+    derived = []
+    if catalogue:
+        derived = sorted((keywords[k], k) for k in catalogue_keywords(keywords, *catalogue)
+                         if k not in english)
     head = genlib.banner(sys.argv[0], inputs)
 
     def arr(keyword, suffix):
@@ -261,7 +296,8 @@ def generate(keywords_path, src_dir, out_dir):
         genlib.write_if_changed(os.path.join(out_dir, f'field_names_{stem}.cpp'), ''.join(c))
 
     # Builders.
-    b = [head, '#include <qel/fieldnames/field_name_arrays.h>\n\n#include <cstring>\n\n',
+    b = [head, '#include <qel/fieldnames/field_name_arrays.h>\n#include <qel/internal.h>\n\n'
+         '#include <cstring>\n\n',
          'namespace {\n\n',
          'struct FieldSource {\n  GS_TokenValues token;\n  const FieldName *names;\n'
          '  const std::uint8_t *length;\n  const char *element;\n};\n\n',
@@ -290,6 +326,16 @@ def generate(keywords_path, src_dir, out_dir):
     for stem, suffix, _ in LOCALES[1:]:
         b.append(f'    {{kLocale{suffix}, {len(texts[stem])}}},\n')
     b.append('};\n\n} // namespace\n\n')
+    b.append('// Catalogue keywords without dictionary text, by token.\n'
+             'namespace qel_detail {\n'
+             f'const DerivedName kDerivedNames[{max(len(derived), 1)}] = {{\n')
+    for token, keyword in derived:
+        b.append(f'    {{tGS{genlib.identifier(keyword)}, '
+                 f'{{0, "", "", {genlib.cstring(derived_label(keyword))}}}, {genlib.cstring(keyword)}}},\n')
+    if not derived:
+        b.append('    {0, {0, "", "", ""}, ""},\n')
+    b.append(f'}};\nconst std::size_t kDerivedNameCount = {len(derived)};\n'
+             '} // namespace qel_detail\n\n')
     b.append(INIT_CODE)
     genlib.write_if_changed(os.path.join(out_dir, 'field_names_init.cpp'), ''.join(b))
 
@@ -331,4 +377,4 @@ void init_LocaleFieldNames() {
 
 
 if __name__ == '__main__':
-    genlib.run(generate, __doc__, 3)
+    genlib.run(generate, __doc__, 3, variadic=True)

@@ -2,15 +2,22 @@
 // storage system. It starts the output service as the controller does,
 // builds each table through the descriptor API and prints it in the output
 // type, locale and units that the options set for the session.
+//
+// Bad input (an unknown option, value, command or basetype, or options that
+// conflict) gets one line on stderr, nothing on stdout and exit status 2;
+// the command itself failing gets status 1.
+#include "progress.h"
 #include "sample_data.h"
 #include "sample_system.h"
 
 #include <qel/qel.h>
 
+#include <getopt.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,38 +44,58 @@ const char kUsage[] =
     "  tables             every basetype with its column count and WBI flag\n"
     "\n"
     "options:\n"
-    "  --format F         console api api-brief xml2 xml2-brief json json-alt tag\n"
+    "  -f, --format F     console api api-brief xml2 xml2-brief json json-alt tag\n"
     "                     (default console)\n"
-    "  --locale L         en es fr de it ja nl zh-cn zh-tw ko (default en)\n"
-    "  --no-l10n          labels in English whatever the locale\n"
-    "  --width N          console width (default: the terminal's, else 80)\n"
-    "  --units U          auto KB MB GB TB (default auto)\n"
-    "  --precision N      decimals of sizes, 0..9 (default 2)\n"
-    "  --base B           2 or 10: sizes in binary or decimal units (default 10)\n"
-    "  --declaration      XML API: start with the XML declaration\n"
-    "  --dtd              XML API: include the document type definition\n"
-    "  --request TEXT     XML API: the request echoed in the document\n"
-    "  --rows N           give list tables (volumes, drives, ...) N rows\n"
-    "  --help             this text\n"
-    "  --version          the library's version\n"
+    "  -l, --locale L     en es fr de it ja nl zh-cn zh-tw ko (default en)\n"
+    "      --no-l10n      labels in English whatever the locale\n"
+    "  -w, --width N      console width, 20..1000 (default: the terminal's, else 80)\n"
+    "      --units U      auto KB MB GB TB (default auto)\n"
+    "      --precision N  decimals of sizes, 0..9 (default 2)\n"
+    "      --base B       2 or 10: sizes in binary or decimal units (default 10)\n"
+    "      --declaration  XML API: start with the XML declaration\n"
+    "      --dtd          XML API: include the document type definition\n"
+    "      --request TEXT XML API: the request echoed in the document\n"
+    "      --rows N       give a list table (volumes, drives, ...) N rows\n"
+    "  -o, --output COLS  print only these columns, in this order (comma-separated\n"
+    "                     property names, see qel meta <basetype>)\n"
+    "  -s, --sort [-]COL  sort the rows by a column; a leading - sorts descending\n"
+    "  -n, --no-headings  console: rows without the header and rules\n"
+    "      --layout L     console: rows pairs packed labeled status\n"
+    "  -h, --help         this text\n"
+    "  -V, --version      the library's version\n"
+    "  --                 end of options\n"
     "\n"
     "examples:\n"
     "  qel show system\n"
     "  qel --width 132 show volumes\n"
+    "  qel -o volume-name,size --sort -size show volumes\n"
     "  qel --format api --declaration show controllers\n"
     "  qel --format json --locale de show drives\n"
     "  qel --format xml2 meta volumes,drives\n";
 
+// What a format takes: the envelope options of the XML API family, the
+// console's layout options. New formats add a row here.
+enum Family : unsigned { kConsole = 1, kXmlApi = 2, kOther = 4 };
+
+struct Format {
+  const char *name;
+  Preferences::OutputType type;
+  Family family;
+};
+const Format kFormats[] = {
+    {"console", Preferences::OUTPUT_CONSOLE, kConsole},
+    {"api", Preferences::OUTPUT_API, kXmlApi},
+    {"api-brief", Preferences::OUTPUT_API_BRIEF, kXmlApi},
+    {"xml2", Preferences::OUTPUT_XML2, kXmlApi},
+    {"xml2-brief", Preferences::OUTPUT_XML2_BRIEF, kXmlApi},
+    {"json", Preferences::OUTPUT_JSON, kOther},
+    {"json-alt", Preferences::OUTPUT_JSON_ALT, kOther},
+    {"tag", Preferences::OUTPUT_TAG, kOther},
+};
+
 struct Named {
   const char *name;
   unsigned value;
-};
-
-const Named kFormats[] = {
-    {"console", Preferences::OUTPUT_CONSOLE}, {"api", Preferences::OUTPUT_API},
-    {"api-brief", Preferences::OUTPUT_API_BRIEF}, {"xml2", Preferences::OUTPUT_XML2},
-    {"xml2-brief", Preferences::OUTPUT_XML2_BRIEF}, {"json", Preferences::OUTPUT_JSON},
-    {"json-alt", Preferences::OUTPUT_JSON_ALT}, {"tag", Preferences::OUTPUT_TAG},
 };
 const Named kLocales[] = {
     {"en", LOCALE_EN}, {"es", LOCALE_ES}, {"fr", LOCALE_FR}, {"de", LOCALE_DE},
@@ -80,9 +107,48 @@ const Named kUnits[] = {
     {"MB", Preferences::UNITS_MB}, {"GB", Preferences::UNITS_GB},
     {"TB", Preferences::UNITS_TB},
 };
+const Named kLayouts[] = {
+    {"rows", QEL_FORMAT_ROWS}, {"pairs", QEL_FORMAT_PAIRS}, {"packed", QEL_FORMAT_PACKED},
+    {"labeled", QEL_FORMAT_LABELED}, {"status", QEL_FORMAT_STATUS},
+};
+
+// Options by getopt_long value; short options use their letter.
+enum Option : int {
+  optFormat = 'f', optLocale = 'l', optWidth = 'w', optOutput = 'o', optSort = 's',
+  optNoHeadings = 'n', optHelp = 'h', optVersion = 'V',
+  optNoL10n = 256, optUnits, optPrecision, optBase, optDeclaration, optDtd, optRequest, optRows, optLayout,
+};
+const option kLongOptions[] = {
+    {"format", required_argument, nullptr, optFormat},
+    {"locale", required_argument, nullptr, optLocale},
+    {"no-l10n", no_argument, nullptr, optNoL10n},
+    {"width", required_argument, nullptr, optWidth},
+    {"units", required_argument, nullptr, optUnits},
+    {"precision", required_argument, nullptr, optPrecision},
+    {"base", required_argument, nullptr, optBase},
+    {"declaration", no_argument, nullptr, optDeclaration},
+    {"dtd", no_argument, nullptr, optDtd},
+    {"request", required_argument, nullptr, optRequest},
+    {"rows", required_argument, nullptr, optRows},
+    {"output", required_argument, nullptr, optOutput},
+    {"sort", required_argument, nullptr, optSort},
+    {"no-headings", no_argument, nullptr, optNoHeadings},
+    {"layout", required_argument, nullptr, optLayout},
+    {"help", no_argument, nullptr, optHelp},
+    {"version", no_argument, nullptr, optVersion},
+    {nullptr, 0, nullptr, 0},
+};
+const char kShortOptions[] = ":f:l:w:o:s:nhV";
+
+const char *longName(int value) {
+  for (const option &o : kLongOptions)
+    if (o.name && o.val == value)
+      return o.name;
+  return "?";
+}
 
 struct Options {
-  Preferences::OutputType format = Preferences::OUTPUT_CONSOLE;
+  const Format *format = &kFormats[0];
   LocaleCode locale = LOCALE_EN;
   bool l10n = true;
   int width = -1;
@@ -92,18 +158,51 @@ struct Options {
   bool declaration = false;
   bool dtd = false;
   std::string request;
-  int rows = -1;
-  std::vector<std::string> words; // command and its argument
+  long rows = -1;
+  std::vector<std::string> columns; // --output
+  std::string sort;                 // --sort, without its "-"
+  bool descending = false;
+  bool noHeadings = false;
+  int layout = -1;
+  std::vector<int> given;           // options in the order given
+  std::vector<std::string> words;   // command and its argument
+
+  bool has(int option) const { return std::find(given.begin(), given.end(), option) != given.end(); }
 };
+
+// Control characters of echoed input are written as escapes, so that every
+// message stays one line whatever the user typed.
+std::string escaped(const std::string &text) {
+  std::string out;
+  for (unsigned char c : text) {
+    if (c == '\n')
+      out += "\\n";
+    else if (c == '\t')
+      out += "\\t";
+    else if (c == '\r')
+      out += "\\r";
+    else if (c < 0x20 || c == 0x7f) {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02x", c);
+      out += hex;
+    } else
+      out += static_cast<char>(c);
+  }
+  return out;
+}
 
 // Bad input: one line on stderr, nothing on stdout, exit status 2.
 [[noreturn]] void fail(const std::string &message) {
-  std::fprintf(stderr, "qel: %s\n", message.c_str());
+  std::fprintf(stderr, "qel: %s\n", escaped(message).c_str());
   std::exit(2);
 }
 
+[[noreturn]] void conflict(int option, const std::string &with) {
+  fail(std::string("option --") + longName(option) + " conflicts with " + with);
+}
+
 template <size_t N>
-unsigned lookup(const Named (&table)[N], const std::string &value, const char *option) {
+unsigned lookup(const Named (&table)[N], const std::string &value, int option) {
   std::string known;
   for (const Named &n : table) {
     if (value == n.name)
@@ -111,82 +210,139 @@ unsigned lookup(const Named (&table)[N], const std::string &value, const char *o
     known += known.empty() ? "" : ", ";
     known += n.name;
   }
-  fail("invalid value \"" + value + "\" for " + option + " (one of: " + known + ")");
+  fail("invalid value \"" + value + "\" for --" + longName(option) + " (one of: " + known + ")");
 }
 
-int number(const std::string &value, const char *option, int low, int high) {
-  char *end = nullptr;
-  const long n = std::strtol(value.c_str(), &end, 10);
-  if (value.empty() || *end != '\0' || n < low || n > high)
-    fail("invalid value \"" + value + "\" for " + option + " (a number from " +
+const Format *findFormat(const std::string &value) {
+  std::string known;
+  for (const Format &f : kFormats) {
+    if (value == f.name)
+      return &f;
+    known += known.empty() ? "" : ", ";
+    known += f.name;
+  }
+  fail("invalid value \"" + value + "\" for --format (one of: " + known + ")");
+}
+
+// Digits only: no sign, no blanks, nothing after the number.
+long number(const std::string &value, int option, long low, long high) {
+  const bool digits = !value.empty() && value.size() <= 12 &&
+                      std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; });
+  const long n = digits ? std::strtol(value.c_str(), nullptr, 10) : -1;
+  if (!digits || n < low || n > high)
+    fail("invalid value \"" + value + "\" for --" + longName(option) + " (a number from " +
          std::to_string(low) + " to " + std::to_string(high) + ")");
-  return static_cast<int>(n);
+  return n;
+}
+
+std::vector<std::string> splitCommas(const std::string &list) {
+  std::vector<std::string> out;
+  for (size_t start = 0; start <= list.size();) {
+    const size_t comma = std::min(list.find(',', start), list.size());
+    out.push_back(list.substr(start, comma - start));
+    start = comma + 1;
+  }
+  return out;
 }
 
 Options parse(int argc, char **argv) {
   Options o;
-  for (int i = 1; i < argc; ++i) {
-    std::string arg = argv[i];
-    if (arg.size() < 2 || arg.compare(0, 2, "--") != 0) {
-      o.words.push_back(arg);
-      continue;
+  opterr = 0;
+  for (;;) {
+    const int c = getopt_long(argc, argv, kShortOptions, kLongOptions, nullptr);
+    if (c == -1)
+      break;
+    if (c == '?' || c == ':') {
+      // getopt_long leaves the option as spelled just before optind; for a
+      // long option that it rejects, optopt holds its value or 0 if unknown.
+      const std::string spelled = optind > 0 && optind <= argc ? argv[optind - 1] : "";
+      const bool isLong = spelled.compare(0, 2, "--") == 0;
+      const std::string name = isLong ? spelled.substr(0, spelled.find('='))
+                                      : std::string("-") + static_cast<char>(optopt);
+      if (c == ':')
+        fail("option " + (isLong ? name : std::string("--") + longName(optopt)) + " needs a value");
+      if (isLong && optopt)
+        fail("option " + name + " takes no value");
+      fail("unknown option " + name + " (see qel --help)");
     }
-    std::string value;
-    bool hasValue = false;
-    const size_t eq = arg.find('=');
-    if (eq != std::string::npos) {
-      value = arg.substr(eq + 1);
-      arg.resize(eq);
-      hasValue = true;
-    }
-    const bool flag = arg == "--no-l10n" || arg == "--declaration" || arg == "--dtd" ||
-                      arg == "--help" || arg == "--version";
-    if (flag && hasValue)
-      fail("option " + arg + " takes no value");
-    if (arg == "--help") {
+    if (c == optHelp) {
       std::fputs(kUsage, stdout);
       std::exit(0);
     }
-    if (arg == "--version") {
+    if (c == optVersion) {
       std::printf("qel %s\n", QEL_VERSION);
       std::exit(0);
     }
-    if (arg == "--no-l10n") { o.l10n = false; continue; }
-    if (arg == "--declaration") { o.declaration = true; continue; }
-    if (arg == "--dtd") { o.dtd = true; continue; }
-    const char *valued[] = {"--format", "--locale", "--width", "--units", "--precision",
-                            "--base", "--request", "--rows"};
-    if (std::find_if(std::begin(valued), std::end(valued),
-                     [&](const char *v) { return arg == v; }) == std::end(valued))
-      fail("unknown option " + arg + " (see qel --help)");
-    if (!hasValue) {
-      if (i + 1 >= argc)
-        fail("option " + arg + " needs a value");
-      value = argv[++i];
-    }
-    if (arg == "--format")
-      o.format = static_cast<Preferences::OutputType>(lookup(kFormats, value, "--format"));
-    else if (arg == "--locale")
-      o.locale = static_cast<LocaleCode>(lookup(kLocales, value, "--locale"));
-    else if (arg == "--width")
-      o.width = number(value, "--width", 20, 1000);
-    else if (arg == "--units")
-      o.units = static_cast<Preferences::StorageUnit>(lookup(kUnits, value, "--units"));
-    else if (arg == "--precision")
-      o.precision = number(value, "--precision", 0, 9);
-    else if (arg == "--base") {
-      o.base = number(value, "--base", 2, 10);
-      if (o.base != 2 && o.base != 10)
+    if (o.has(c))
+      fail(std::string("option --") + longName(c) + " given twice");
+    o.given.push_back(c);
+    const std::string value = optarg ? optarg : "";
+    switch (c) {
+    case optFormat: o.format = findFormat(value); break;
+    case optLocale: o.locale = static_cast<LocaleCode>(lookup(kLocales, value, c)); break;
+    case optNoL10n: o.l10n = false; break;
+    case optWidth: o.width = static_cast<int>(number(value, c, 20, 1000)); break;
+    case optUnits: o.units = static_cast<Preferences::StorageUnit>(lookup(kUnits, value, c)); break;
+    case optPrecision: o.precision = static_cast<int>(number(value, c, 0, 9)); break;
+    case optBase:
+      if (value != "2" && value != "10")
         fail("invalid value \"" + value + "\" for --base (2 or 10)");
-    } else if (arg == "--request")
-      o.request = value;
-    else if (arg == "--rows")
-      o.rows = number(value, "--rows", 0, 10000000);
+      o.base = value == "2" ? 2 : 10;
+      break;
+    case optDeclaration: o.declaration = true; break;
+    case optDtd: o.dtd = true; break;
+    case optRequest: o.request = value; break;
+    case optRows: o.rows = number(value, c, 0, 10000000); break;
+    case optOutput:
+      o.columns = splitCommas(value);
+      for (const std::string &column : o.columns)
+        if (column.empty())
+          fail("invalid value \"" + value + "\" for --output (an empty column name)");
+      break;
+    case optSort:
+      o.descending = !value.empty() && value[0] == '-';
+      o.sort = value.substr(o.descending ? 1 : 0);
+      if (o.sort.empty())
+        fail("invalid value \"" + value + "\" for --sort (a column name, - to sort descending)");
+      break;
+    case optNoHeadings: o.noHeadings = true; break;
+    case optLayout: o.layout = static_cast<int>(lookup(kLayouts, value, c)); break;
+    default: fail("unknown option (see qel --help)");
+    }
   }
+  for (int i = optind; i < argc; ++i)
+    o.words.push_back(argv[i]);
   return o;
 }
 
-// Edit distance, for suggesting the basetypes closest to a misspelt one.
+// Options that make no sense together, or with the command: each names
+// both sides.
+void checkConflicts(const Options &o) {
+  const std::string format = std::string("--format ") + o.format->name;
+  if (o.format->family != kXmlApi)
+    for (int option : {optDeclaration, optDtd, optRequest})
+      if (o.has(option))
+        conflict(option, format + " (XML API formats only)");
+  if (o.format->family != kConsole)
+    for (int option : {optNoHeadings, optLayout, optWidth})
+      if (o.has(option))
+        conflict(option, format + " (console only)");
+  if (o.noHeadings && o.layout > 0)
+    for (const Named &layout : kLayouts)
+      if (static_cast<int>(layout.value) == o.layout)
+        conflict(optNoHeadings, std::string("--layout ") + layout.name + " (rows only)");
+  const std::string &command = o.words.empty() ? std::string() : o.words[0];
+  if (command == "meta" || command == "tables")
+    for (int option : {optRows, optOutput, optSort, optNoHeadings, optLayout, optDeclaration, optDtd, optRequest})
+      if (o.has(option))
+        conflict(option, "the " + command + " command");
+  if (command == "tables")
+    for (int option : {optFormat, optLocale, optNoL10n, optWidth, optUnits, optPrecision, optBase})
+      if (o.has(option))
+        conflict(option, "the tables command");
+}
+
+// Edit distance, for suggesting the names closest to a misspelt one.
 size_t distance(const std::string &a, const std::string &b) {
   std::vector<size_t> row(b.size() + 1);
   for (size_t j = 0; j <= b.size(); ++j)
@@ -203,6 +359,27 @@ size_t distance(const std::string &a, const std::string &b) {
   return row[b.size()];
 }
 
+// Up to three candidates close to \p name ("a, b, c"), or "" when none is:
+// within a third of the name's length in edits, or containing it (or
+// contained in it) when it has three characters or more.
+std::string closest(const std::string &name, const std::vector<std::string> &candidates) {
+  std::vector<std::pair<size_t, std::string>> ranked;
+  for (const std::string &candidate : candidates) {
+    size_t d = distance(name, candidate);
+    if (name.size() >= 3 &&
+        (candidate.find(name) != std::string::npos || name.find(candidate) != std::string::npos))
+      d = std::min<size_t>(d, 1);
+    if (d <= std::max<size_t>(2, name.size() / 3))
+      ranked.emplace_back(d, candidate);
+  }
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [](const auto &a, const auto &b) { return a.first < b.first; });
+  std::string hint;
+  for (size_t i = 0; i < ranked.size() && i < 3; ++i)
+    hint += (i ? ", " : "") + ranked[i].second;
+  return hint;
+}
+
 // The registered basetypes in table-index order.
 std::vector<const TableMetaData *> registered() {
   std::vector<const TableMetaData *> out;
@@ -214,25 +391,38 @@ std::vector<const TableMetaData *> registered() {
 }
 
 [[noreturn]] void unknownBasetype(const std::string &name) {
-  std::vector<std::pair<size_t, std::string>> ranked;
-  for (const TableMetaData *t : registered()) {
-    const std::string candidate = strings::GS.toString(t->getTableId());
-    size_t d = distance(name, candidate);
-    if (candidate.find(name) != std::string::npos || name.find(candidate) != std::string::npos)
-      d = std::min<size_t>(d, 1);
-    ranked.emplace_back(d, candidate);
-  }
-  std::stable_sort(ranked.begin(), ranked.end(),
-                   [](const auto &a, const auto &b) { return a.first < b.first; });
-  std::string hint;
-  for (size_t i = 0; i < ranked.size() && i < 3; ++i)
-    hint += (i ? ", " : "") + ranked[i].second;
-  fail("unknown basetype \"" + name + "\"; did you mean " + hint + "? (qel tables lists them all)");
+  if (name.empty())
+    fail("empty basetype name (qel tables lists them all)");
+  std::vector<std::string> names;
+  for (const TableMetaData *t : registered())
+    names.push_back(strings::GS.toString(t->getTableId()));
+  const std::string hint = closest(name, names);
+  fail("unknown basetype \"" + name + "\"" + (hint.empty() ? "" : "; did you mean " + hint + "?") +
+       " (qel tables lists them all)");
 }
 
-bool isBasetype(const std::string &name) {
+const TableMetaData *findTable(const std::string &name) {
   const GS_TokenValues token = strings::GS.toToken(name.c_str());
-  return token && TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(token);
+  return token ? TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(token) : nullptr;
+}
+
+// The token of column \p name of \p table, or a one-line error with the
+// closest column names.
+GS_TokenValues columnToken(const TableMetaData *table, const std::string &name, int option) {
+  std::vector<std::string> names;
+  for (int i = 0; i < table->getNumColumns(); ++i) {
+    const GS_TokenValues token = table->getPropertyDef(i)->keywordId;
+    const char *text = strings::GS.toString(token);
+    if (text && name == text)
+      return token;
+    if (text && std::find(names.begin(), names.end(), text) == names.end())
+      names.push_back(text);
+  }
+  const std::string basetype = strings::GS.toString(table->getTableId());
+  const std::string hint = closest(name, names);
+  fail("unknown column \"" + name + "\" of " + basetype + " for --" + longName(option) +
+       (hint.empty() ? "" : "; did you mean " + hint + "?") + " (qel meta " + basetype +
+       " lists them)");
 }
 
 int screenWidth(int requested) {
@@ -252,6 +442,63 @@ int printTables(utility::PutStream &out) {
   return 0;
 }
 
+// The show command's table: which sample table, its column choice and order.
+struct Show {
+  int index = -1;
+  const TableMetaData *table = nullptr;
+  std::vector<GS_TokenValues> columns;
+  GS_TokenValues sortColumn = tGS_NoToken;
+};
+
+Show checkShow(const Options &o) {
+  Show s;
+  const std::string &name = o.words[1];
+  s.table = findTable(name);
+  if (!s.table || (s.index = sample::findShown(name.c_str())) < 0)
+    unknownBasetype(name);
+  if (o.rows >= 0) {
+    if (!sample::isScalable(s.index))
+      conflict(optRows, "show " + name + " (a table with a fixed number of rows)");
+    // The largest descriptor the library builds: (rows * columns + 10) * 4
+    // bytes must fit an int.
+    const long limit = (INT_MAX / 4 - 10) / std::max(1, s.table->getNumColumns());
+    if (o.rows > limit)
+      fail("invalid value \"" + std::to_string(o.rows) + "\" for --rows: show " + name +
+           " holds at most " + std::to_string(limit) + " rows");
+  }
+  for (const std::string &column : o.columns)
+    s.columns.push_back(columnToken(s.table, column, optOutput));
+  if (!o.sort.empty())
+    s.sortColumn = columnToken(s.table, o.sort, optSort);
+  return s;
+}
+
+// Applies --output and --sort to the show table.
+void shapeColumns(QEL_DESC *head, const Show &s, const Options &o) {
+#ifdef QEL_HAVE_COLUMN_API
+  if (!s.columns.empty())
+    QEL_SelectColumns(head, s.columns.data(), static_cast<int>(s.columns.size()));
+  if (s.sortColumn)
+    QEL_SortRows(head, s.sortColumn, o.descending);
+#else
+  (void)head;
+  if (!s.columns.empty() || s.sortColumn) {
+    std::fprintf(stderr, "qel: --%s needs a library with column selection and sorting\n",
+                 s.columns.empty() ? "sort" : "output");
+    std::exit(1);
+  }
+  (void)o;
+#endif
+}
+
+// The head table's console layout: --layout, or rows without headings for
+// -n, else the sample's own (-1).
+int layoutFor(const Options &o) {
+  if (o.noHeadings)
+    return QEL_FORMAT_EMBEDDED_ROWS;
+  return o.layout;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -263,44 +510,37 @@ int main(int argc, char **argv) {
   Options o = parse(argc, argv);
   if (o.words.empty())
     fail("missing command: show, meta or tables (see qel --help)");
+  const std::string &command = o.words[0];
+  const size_t arguments = o.words.size() - 1;
+  if (command != "show" && command != "meta" && command != "tables")
+    fail("unknown command \"" + command + "\" (show, meta or tables)");
+  checkConflicts(o);
 
   // The output service, started as the controller starts it.
   framework::Service *service = framework::Container::getContainer()->buildService(pGSQel);
   if (!service || !service->Startup())
     fail("the output service did not start");
 
-  const std::string &command = o.words[0];
-  const size_t arguments = o.words.size() - 1;
-  int index = -1;
+  Show show;
   if (command == "show") {
     if (arguments != 1)
       fail(arguments ? "show takes one basetype" : "show needs a basetype (see qel tables)");
-    if (!isBasetype(o.words[1]) || (index = sample::findShown(o.words[1].c_str())) < 0)
-      unknownBasetype(o.words[1]);
+    show = checkShow(o);
   } else if (command == "meta") {
     if (arguments > 1)
       fail("meta takes one list of basetypes, separated by commas");
-    if (arguments == 1 && o.words[1] != "all" && o.words[1] != "wbi") {
-      std::string list = o.words[1];
-      for (size_t start = 0; start <= list.size();) {
-        const size_t comma = std::min(list.find(',', start), list.size());
-        const std::string name = list.substr(start, comma - start);
-        if (!isBasetype(name))
+    if (arguments == 1 && o.words[1] != "all" && o.words[1] != "wbi")
+      for (const std::string &name : splitCommas(o.words[1]))
+        if (!findTable(name))
           unknownBasetype(name);
-        start = comma + 1;
-      }
-    }
-  } else if (command == "tables") {
-    if (arguments)
-      fail("tables takes no argument");
-  } else {
-    fail("unknown command \"" + command + "\" (show, meta or tables)");
+  } else if (arguments) {
+    fail("tables takes no argument");
   }
 
   utility::FileStream out(STDOUT_FILENO, 64 * 1024);
   services::user::Session session(out);
   Preferences &prefs = session.getPreferences();
-  prefs.setOutputFormat(o.format);
+  prefs.setOutputFormat(o.format->type);
   prefs.setLocale(o.locale);
   prefs.setStorageSizeUnits(o.units);
   prefs.setStorageSizePrecision(static_cast<std::uint8_t>(o.precision));
@@ -314,19 +554,23 @@ int main(int argc, char **argv) {
   } else if (command == "meta") {
     // Metadata documents exist for the API families only; at a terminal
     // the XML API one is the readable choice.
-    if (o.format == Preferences::OUTPUT_CONSOLE)
+    if (o.format->family == kConsole)
       prefs.setOutputFormat(Preferences::OUTPUT_API);
     cli_metaHandler(&session, arguments ? o.words[1].c_str() : "all");
   } else {
-    QEL_DESC *head = sample::buildShow(session, index, o.rows);
+    Progress progress(command + " " + o.words[1]);
+    QEL_DESC *head = sample::buildShow(session, show.index, static_cast<int>(o.rows), layoutFor(o));
     if (!head) {
       std::fprintf(stderr, "qel: could not build the %s table\n", o.words[1].c_str());
       status = 1;
     } else {
+      shapeColumns(head, show, o);
+      progress.printing();
       QEL_Print_Data(head, &session, out, o.dtd, o.declaration,
                      o.request.empty() ? nullptr : o.request.c_str());
       QEL_Free(head);
     }
+    out.FlushOutputStream();
   }
   out.FlushOutputStream();
   if (out.isOutputStreamInError()) {

@@ -132,10 +132,14 @@ int findShown(const char *basetype) {
   return -1;
 }
 
-QEL_DESC *buildShow(Session &session, int index, int scaleRows) {
+bool isScalable(int index) { return index >= 0 && index < tableCount && tables[index].scalable; }
+
+QEL_DESC *buildShow(Session &session, int index, int scaleRows, int layout) {
   QEL_DESC *head = build(session, index, scaleRows);
   if (!head)
     return nullptr;
+  if (layout >= 0)
+    head->consoleFormat = static_cast<std::uint8_t>(layout);
   const Table &t = tables[index];
   for (int i = 0; i < t.linkCount; ++i)
     if (QEL_DESC *linked = build(session, t.links[i], -1))

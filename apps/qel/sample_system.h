@@ -10,11 +10,16 @@ namespace sample {
 /// The index of the show table for \p basetype, or -1.
 int findShown(const char *basetype);
 
+/// Whether `--rows` may scale show table \p index.
+bool isScalable(int index);
+
 /// Builds the output chain of `show <basetype>` for show table \p index:
-/// the table itself, its linked objects, then the command-status object. Scalable tables get
-/// \p scaleRows rows when it is not negative. Null when a descriptor could
-/// not be created (the library logged why).
-QEL_DESC *buildShow(services::user::Session &session, int index, int scaleRows);
+/// the table itself, its linked objects, then the command-status object.
+/// Scalable tables get \p scaleRows rows when it is not negative; the show
+/// table gets console layout \p layout (a QEL_ConsoleFormat) when it is not
+/// negative. Null when a descriptor could not be created (the library
+/// logged why).
+QEL_DESC *buildShow(services::user::Session &session, int index, int scaleRows, int layout);
 
 } // namespace sample
 

@@ -2,7 +2,9 @@
 #include <qel/fieldnames/fieldnames.h>
 
 #include <platform/framework.h>
+#include <qel/internal.h>
 
+#include <algorithm>
 #include <cctype>
 
 FieldNameEntry fields[999];
@@ -22,12 +24,17 @@ std::uint32_t fieldOf(long long token) {
   return MetaDataLookupTable[token - 1];
 }
 
-// The record that the console lookups read, or null.
+// The record that the console lookups read, or null. A catalogue keyword
+// without dictionary text answers its derived record in every locale.
 const FieldName *consoleRecord(long long token, int tableId,
                                LocaleCode locale) {
   std::uint32_t f = fieldOf(token);
-  if (f == 0)
-    return nullptr;
+  if (f == 0) {
+    const qel_detail::DerivedName *d =
+        token >= 1 && token <= kMaxToken ? qel_detail::findDerivedName(static_cast<unsigned>(token))
+                                         : nullptr;
+    return d ? &d->record : nullptr;
+  }
   return getFieldNameStruct(locale, static_cast<int>(f),
                             getFieldNameIndex(static_cast<unsigned>(tableId),
                                               static_cast<int>(f)));
@@ -42,6 +49,16 @@ const char *keywordName(unsigned int token, const char *invalidMessage) {
 }
 
 } // namespace
+
+// Binary search: the table is small and read only for keywords that have
+// no field, so it costs nothing on the lookups of dictionary fields.
+const qel_detail::DerivedName *qel_detail::findDerivedName(unsigned token) {
+  const DerivedName *end = kDerivedNames + kDerivedNameCount;
+  const DerivedName *d = std::lower_bound(
+      kDerivedNames, end, token,
+      [](const DerivedName &n, unsigned t) { return n.token < t; });
+  return d != end && d->token == token ? d : nullptr;
+}
 
 const FieldName *getFieldNameStruct(LocaleCode locale, int fieldIndex,
                                     int position) {
@@ -102,6 +119,8 @@ const char *getXMLName(unsigned int token) {
   }
   std::uint32_t f = MetaDataLookupTable[token - 1];
   if (f == 0) {
+    if (const qel_detail::DerivedName *d = qel_detail::findDerivedName(token))
+      return d->element;
     const char *text = strings::GS.toString(token);
     framework::Logger::StaticLog(0, "getXMLName: QEL field: %s - not found",
                                  text ? text : "(null)");

@@ -10,6 +10,10 @@
 
 std::atomic<TableMetaDataManager *> TableMetaDataManager::m_Instance{nullptr};
 
+namespace {
+constexpr unsigned kRegistryDebug = 1192; // the descriptor API's category
+} // namespace
+
 const char *getDataTypeStr(ColumnDataType type) {
   switch (type) {
   case COLTYPE_HEX8:
@@ -174,9 +178,15 @@ void TableMetaDataManager::addTable(GS_TokenValues token,
     tables[index] = table;
     return;
   }
-  framework::Logger::StaticLog(
-      0, "Possibly missing QEL TABLE entry. BaseTypeLookupTable[%d-1] (%s) = %d",
-      static_cast<int>(token), tokenText ? tokenText : "", index);
+  // The catalogue has more basetypes than indexed slots; its own overflow
+  // is by design, so only a later registration is worth a log line.
+  static const char kMissing[] =
+      "Possibly missing QEL TABLE entry. BaseTypeLookupTable[%d-1] (%s) = %d";
+  if (!registeringCatalogue)
+    framework::Logger::StaticLog(0, kMissing, static_cast<int>(token),
+                                 tokenText ? tokenText : "", index);
+  else if (IsDebugOn(kRegistryDebug))
+    logDebugPrint(kMissing, static_cast<int>(token), tokenText ? tokenText : "", index);
   // Its own overflow slot: a later registration of the same token replaces
   // it; a full overflow area falls back to slot 0.
   for (int i = 0; i < overflowUsed; ++i) {

@@ -149,6 +149,8 @@ private:
 };
 
 /// The registry of table definitions.
+QEL_API void initGSables();
+
 class QEL_API TableMetaDataManager {
 public:
   /// Registry slots addressed by table index (0..132).
@@ -181,8 +183,10 @@ public:
   static constexpr int kMaxHexStringSize = 510;
 
   /// Registers a table in the slot of its table index, replacing what the
-  /// slot held. A basetype without a table index is logged and kept in an
-  /// overflow slot of its own. Not registered (logged): a column count
+  /// slot held. A basetype without a table index is logged ("Possibly
+  /// missing QEL TABLE entry ...") and kept in an overflow slot of its own;
+  /// the catalogue's own eleven such basetypes are expected there, so
+  /// start-up reports them as debug lines (category 1192) only. Not registered (logged): a column count
   /// outside 0..kMaxColumns, or columns without properties. A HEX_STRING
   /// size outside 0..kMaxHexStringSize, or a negative STRING_N size, is
   /// logged and clamped into that range in \p properties. Registration
@@ -207,11 +211,13 @@ public:
   static std::atomic<TableMetaDataManager *> m_Instance;
 
 private:
+  friend void initGSables();
   TableMetaDataManager();
 
   std::atomic<std::uint32_t> currentLocale; ///< shared by all threads
   TableMetaData *tables[kSlots];             ///< slot i: table index i
   int overflowUsed = 0;                      ///< overflow slots taken
+  bool registeringCatalogue = false;         ///< inside initGSables
 };
 
 /// Registers the whole catalogue (generated from the catalogue source).

@@ -2,11 +2,18 @@
 #include <qel/service/qel_Qel.h>
 
 #include <qel/fieldnames/fieldnames.h>
+#include <qel/internal.h>
 #include <qel/metadata/meta_data_db.h>
 
 #include <platform/framework.h>
 
 #include <mutex>
+
+namespace {
+std::atomic<bool> started{false}; // set once QEL_Start has built the tables
+} // namespace
+
+bool qel_detail::libraryStarted() { return started.load(std::memory_order_acquire); }
 
 void QEL_Start() {
   // The tables are written once, before anyone can reach the service; a
@@ -16,6 +23,7 @@ void QEL_Start() {
     init_FieldNames();
     init_LocaleFieldNames();
     initGSables();
+    started.store(true, std::memory_order_release);
   });
 }
 

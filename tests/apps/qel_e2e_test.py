@@ -151,6 +151,9 @@ class EveryTable(unittest.TestCase):
         args = [('--format', f, '--declaration', '--dtd', '--request', 'show ' + b, 'show', b)
                 for b in self.basetypes for f in XML_FORMATS]
         args += [('--format', 'api', '--locale', loc, 'show', 'controllers') for loc in LOCALES]
+        # Tag XML too, except sas-port: its dictionary element names
+        # "Lanes Expected" and "Active Lanes" hold a space.
+        args += [('--format', 'tag', 'show', b) for b in self.basetypes if b != 'sas-port']
         docs = [p.stdout for p in run_all(args)]
         self.assertEqual(xmllint(docs), [])
 
@@ -242,8 +245,84 @@ class Options(unittest.TestCase):
         self.assertRegex(base2, r'GiB|TiB|GB|TB')
 
     def test_help_and_version(self):
-        self.assertIn('usage: qel', qel('--help').stdout.decode())
-        self.assertRegex(qel('--version').stdout.decode(), r'^qel \d+\.\d+\.\d+\n$')
+        for flag in ('--help', '-h'):
+            self.assertIn('usage: qel', qel(flag).stdout.decode())
+        for flag in ('--version', '-V'):
+            self.assertRegex(qel(flag).stdout.decode(), r'^qel \d+\.\d+\.\d+\n$')
+
+    def test_short_options_end_of_options_and_layouts(self):
+        long = qel('--format', 'api', '--locale', 'de', 'show', 'hosts').stdout
+        self.assertEqual(qel('-f', 'api', '-l', 'de', '--', 'show', 'hosts').stdout, long)
+        self.assertEqual(qel('show', '--format=api', '--loc', 'de', 'hosts').stdout, long)
+        plain = qel('--width', '1000', 'show', 'volumes').stdout.decode().splitlines()
+        bare = qel('-n', '-w', '1000', 'show', 'volumes').stdout.decode().splitlines()
+        self.assertTrue(plain[0].startswith('Vdisk') and plain[1].startswith('----'), plain[:2])
+        names = lambda lines: sorted(line.split()[1] for line in lines)
+        self.assertEqual(names(bare[:5]), names(plain[2:7]), 'the same rows, no header or rule')
+        pairs = qel('--layout', 'pairs', 'show', 'volumes').stdout.decode()
+        self.assertIn('\nVolume Name: vd01_v001\n', '\n' + pairs)
+        self.assertEqual(qel('--layout', 'rows', 'show', 'system').stdout.decode().count('\nSystem Name '), 0)
+
+    def test_man_page_and_completion_cover_every_option(self):
+        dist = os.path.join(SOURCE, 'apps/qel/dist')
+        options = set(re.findall(r'--[a-z0-9-]+', qel('--help').stdout.decode()))
+        with open(os.path.join(dist, 'qel.1')) as f:
+            man = f.read().replace('\\-', '-')
+        with open(os.path.join(dist, 'qel.bash')) as f:
+            completion = f.read()
+        self.assertEqual({o for o in options if o not in man}, set())
+        self.assertEqual({o for o in options if o != '--' and o not in completion}, set())
+        # What the completion offers, run in bash against this qel.
+        script = os.path.join(dist, 'qel.bash')
+        cases = [
+            (['qel', '--form'], ['--format']),
+            (['qel', '--format', 'json'], ['json', 'json-alt']),
+            (['qel', '-l', 'zh'], ['zh-cn', 'zh-tw']),
+            (['qel', '--layout', 'pa'], ['packed', 'pairs']),
+            (['qel', 'sh'], ['show']),
+            (['qel', '-f', 'api', 'show', 'volume-n'], ['volume-names']),
+            (['qel', 'meta', 'volumes,host-g'], ['volumes,host-group', 'volumes,host-group-view']),
+        ]
+        for words, expected in cases:
+            with self.subTest(words=words):
+                words = [QEL] + words[1:]
+                cmd = (f'source {script}; COMP_WORDS=({" ".join(words)}); COMP_CWORD={len(words) - 1}; '
+                       '_qel; printf "%s\\n" "${COMPREPLY[@]}"')
+                got = subprocess.run(['bash', '-c', cmd], capture_output=True, text=True).stdout.split()
+                self.assertEqual(sorted(got), expected)
+
+    def test_progress_only_on_a_terminal(self):
+        import pty
+        # Without a terminal stderr stays empty: EveryTable checks that.
+        args = ['--format', 'api', '--rows', '150000', 'show', 'volumes']
+        master, slave = pty.openpty()
+        proc = subprocess.run([QEL] + args, stdout=subprocess.DEVNULL, stderr=slave, env=ENV)
+        os.close(slave)
+        seen = b''
+        try:
+            while True:
+                chunk = os.read(master, 4096)
+                if not chunk:
+                    break
+                seen += chunk
+        except OSError:
+            pass
+        os.close(master)
+        self.assertEqual(proc.returncode, 0)
+        self.assertIn(b'qel: show volumes: ', seen)
+        self.assertTrue(seen.endswith(b'\r\x1b[K'), seen[-40:])
+
+    def test_output_and_sort(self):
+        proc = qel('-f', 'api', '-o', 'size,volume-name', '--sort', '-size', 'show', 'volumes', check=False)
+        if proc.returncode == 1 and b'needs a library with column selection' in proc.stderr:
+            self.skipTest('the library has no QEL_SelectColumns/QEL_SortRows yet')
+        self.assertEqual(proc.returncode, 0, proc.stderr)
+        doc = proc.stdout.decode()
+        first = doc[doc.index('basetype="volumes"'):]
+        first = first[:first.index('</OBJECT>')]
+        self.assertEqual(re.findall(r'PROPERTY name="([a-z-]+)"', first)[:3], ['size', 'size-numeric', 'volume-name'])
+        sizes = [int(n) for n in re.findall(r'name="size-numeric"[^>]*>(\d+)<', doc)]
+        self.assertEqual(sizes, sorted(sizes, reverse=True))
 
     def test_bad_input(self):
         cases = [
@@ -262,6 +341,29 @@ class Options(unittest.TestCase):
             (['--rows', '-5', 'show', 'volumes'], 'invalid value "-5" for --rows'),
             (['show', 'volumes', '--format'], 'option --format needs a value'),
             (['--dtd=yes', 'show', 'volumes'], 'option --dtd takes no value'),
+            (['-x', 'show', 'volumes'], 'unknown option -x'),
+            (['-f'], 'option --format needs a value'),
+            (['--rows', ' 5', 'show', 'volumes'], 'invalid value " 5" for --rows'),
+            (['--rows', '+5', 'show', 'volumes'], 'invalid value "+5" for --rows'),
+            (['--rows', '10000000', 'show', 'drives'], 'show drives holds at most 7895160 rows'),
+            (['show', 'a\nb'], 'unknown basetype "a\\nb" (qel tables'),
+            (['show', ''], 'empty basetype name'),
+            (['meta', 'volumes,'], 'empty basetype name'),
+            (['--format', 'api', '--format', 'json', 'show', 'hosts'], 'option --format given twice'),
+            (['--format', 'console', '--declaration', 'show', 'hosts'],
+             'option --declaration conflicts with --format console'),
+            (['--format', 'json', '--dtd', 'show', 'hosts'], 'option --dtd conflicts with --format json'),
+            (['-f', 'json', '--request', 'r', 'show', 'hosts'], 'option --request conflicts with --format json'),
+            (['--format', 'tag', '--layout', 'pairs', 'show', 'hosts'], 'option --layout conflicts with --format tag'),
+            (['-n', '--layout', 'pairs', 'show', 'hosts'], 'option --no-headings conflicts with --layout pairs'),
+            (['--rows', '5', 'show', 'system'], 'option --rows conflicts with show system'),
+            (['--rows', '5', 'meta', 'volumes'], 'option --rows conflicts with the meta command'),
+            (['--locale', 'de', 'tables'], 'option --locale conflicts with the tables command'),
+            (['--layout', 'grid', 'show', 'hosts'], 'invalid value "grid" for --layout'),
+            (['-o', 'sise', 'show', 'volumes'], 'unknown column "sise" of volumes for --output; did you mean size'),
+            (['-o', 'size,', 'show', 'volumes'], 'an empty column name'),
+            (['--sort', '-volume-nam', 'show', 'volumes'], 'for --sort; did you mean volume-name?'),
+            (['--sort', 'zzzzzzzz', 'show', 'volumes'], 'unknown column "zzzzzzzz" of volumes for --sort (qel meta'),
         ]
         for args, message in cases:
             with self.subTest(args=args):

@@ -1,6 +1,8 @@
 # Installs the build tree into a scratch prefix, then builds and runs the
-# consumer program twice: through find_package(qel) and through pkg-config.
-# Arguments: BUILD_DIR, SOURCE_DIR, WORK_DIR, GENERATOR.
+# consumer program twice: through find_package(qel) and through pkg-config;
+# then the README's example (EXAMPLE, examples/hello.cpp) through
+# pkg-config, which must print its table and log nothing.
+# Arguments: BUILD_DIR, SOURCE_DIR, WORK_DIR, GENERATOR, EXAMPLE.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
   if(NOT rc EQUAL 0)
@@ -30,3 +32,21 @@ endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
 run(c++ -std=c++17 ${SOURCE_DIR}/main.cpp ${flags} -o ${WORK_DIR}/consumer-pc)
 run(${WORK_DIR}/consumer-pc)
+
+run(c++ -std=c++17 ${EXAMPLE} ${flags} -o ${WORK_DIR}/hello)
+execute_process(COMMAND ${WORK_DIR}/hello
+  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0 OR NOT err STREQUAL ""
+   OR NOT out MATCHES "vol-b  00C0FF0A000000000000000000000002\n"
+   OR NOT out MATCHES "<PROPERTY name=\"volume-name\"[^>]*>vol-b</PROPERTY>")
+  message(FATAL_ERROR "examples/hello.cpp: exit ${rc}\nstdout:\n${out}\nstderr:\n${err}")
+endif()
+
+# The README shows the same program.
+get_filename_component(source_root ${EXAMPLE} DIRECTORY)
+file(READ ${EXAMPLE} example_text)
+file(READ ${source_root}/../README.md readme_text)
+string(FIND "${readme_text}" "${example_text}" at)
+if(at EQUAL -1)
+  message(FATAL_ERROR "README.md does not show examples/hello.cpp as it is")
+endif()

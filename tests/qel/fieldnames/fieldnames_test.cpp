@@ -123,20 +123,35 @@ TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
   EXPECT_EQ(getJSONName(7627), nullptr);
   EXPECT_EQ(getXMLName(0), nullptr);
   // Keywords without a field: the names still answer, the texts do not.
-  for (unsigned token : {unsigned(tGSnone), unsigned(tGSstorage_2Dpools)}) {
+  // Catalogue keywords without dictionary text answer derived names instead.
+  for (unsigned token : {unsigned(tGSnone), unsigned(tGSprimary_2Dip_2Daddress)}) {
     for (unsigned l = LOCALE_EN; l <= LOCALE_KO; ++l)
       EXPECT_EQ(getConsoleLabel(token, 0, static_cast<LocaleCode>(l)), nullptr);
     EXPECT_STREQ(getAPIName(token), strings::GS.toString(token));
     EXPECT_STREQ(getJSONName(token), strings::GS.toString(token));
   }
-  EXPECT_EQ(getXMLName(tGSstorage_2Dpools), nullptr);
+  EXPECT_EQ(getXMLName(tGSprimary_2Dip_2Daddress), nullptr);
+  const struct {
+    unsigned token;
+    const char *label, *element;
+  } derived[] = {{tGSallocated_2Dsize, "Allocated Size", "allocated-size"},
+                 {tGSstorage_2Dpools, "Storage Pools", "storage-pools"},
+                 {tGSthin_2Dprovisioning_2Denabled, "Thin Provisioning Enabled",
+                  "thin-provisioning-enabled"}};
+  for (const auto &d : derived) {
+    for (unsigned l = LOCALE_EN; l <= LOCALE_KO; ++l)
+      EXPECT_STREQ(getConsoleLabel(d.token, tGSvolumes, static_cast<LocaleCode>(l)), d.label);
+    EXPECT_STREQ(getConsoleAbbreviation(d.token, 0, LOCALE_EN), "") << d.label;
+    EXPECT_STREQ(getConsoleDescription(d.token, 0, LOCALE_EN), "") << d.label;
+    EXPECT_STREQ(getXMLName(d.token), d.element);
+  }
   for (const char *other : {"serial-number", "pool-hist-statistics", "no-such-table", (const char *)0})
     EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
   EXPECT_EQ(log.texts(Route::Log),
             (std::vector<std::string>{"getAPIName( 0 ): invalid token",
                                       "getJSONName( 7627 ): invalid token",
                                       "getXMLName( 0 ): invalid token",
-                                      "getXMLName: QEL field: storage-pools - not found"}));
+                                      "getXMLName: QEL field: primary-ip-address - not found"}));
 }
 
 } // namespace

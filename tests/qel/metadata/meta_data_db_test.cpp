@@ -85,7 +85,7 @@ TEST_F(Registry, CatalogueMatchesItsSources) {
   const char *sortNames[6] = {"nosort", "diskslot", "datetime", "string", "integer", "size"};
   std::ifstream regs(QEL_SOURCE_DIR "/qel/metadata/registrations.txt");
   std::set<unsigned> registered;
-  std::vector<std::string> overflowLog;
+  int overflow = 0;
   std::set<const PropertyMetaData *> distinct;
   while (std::getline(regs, line)) {
     if (line.empty() || line[0] == '#')
@@ -96,9 +96,8 @@ TEST_F(Registry, CatalogueMatchesItsSources) {
     SCOPED_TRACE(basetype);
     const unsigned token = strings::GS.toToken(basetype.c_str());
     registered.insert(token);
-    if (QEL_GetTableID(basetype.c_str()) == 0) // an overflow slot, which start-up reports
-      overflowLog.push_back("Possibly missing QEL TABLE entry. BaseTypeLookupTable[" +
-                            std::to_string(token) + "-1] (" + basetype + ") = 0");
+    if (QEL_GetTableID(basetype.c_str()) == 0) // an overflow slot
+      ++overflow;
     TableMetaData *t = table(basetype.c_str());
     ASSERT_NE(t, nullptr);
     EXPECT_EQ(t->getTableId(), token);
@@ -137,8 +136,9 @@ TEST_F(Registry, CatalogueMatchesItsSources) {
     EXPECT_TRUE(parentKey == "none" || keywords.count(parentKey)) << "parent key is a property";
   }
   EXPECT_EQ(registered.size(), 136u);
-  EXPECT_EQ(qeltest::startupLog(), overflowLog);
-  EXPECT_EQ(overflowLog.size(), 11u);
+  // The catalogue's own overflow basetypes are expected: start-up is quiet.
+  EXPECT_EQ(qeltest::startupLog(), std::vector<std::string>{});
+  EXPECT_EQ(overflow, 11);
   for (unsigned t = 1; t <= 7626; ++t) // a table index without registration has no table
     EXPECT_TRUE(BaseTypeLookupTable[t - 1] == 0 || registered.count(t) ||
                 !registry()->getTable(static_cast<GS_TokenValues>(t)))
