@@ -47,12 +47,6 @@ JSONRenderer::JSONRenderer(services::user::Session *session) : Renderer(session)
 
 JSONRenderer::~JSONRenderer() = default;
 
-void JSONRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
-  Call call(*this);
-  if (desc)
-    walk(desc, parentOid, indent);
-}
-
 bool JSONRenderer::sortsRows(const Plan &) const { return false; }
 
 void JSONRenderer::orderFailed() {}

@@ -13,7 +13,6 @@ public:
   explicit JSONRenderer(services::user::Session *session);
   ~JSONRenderer() override;
 
-  void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
 
 private:
   void planTable(Plan &plan) override;

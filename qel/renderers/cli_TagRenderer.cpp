@@ -24,12 +24,6 @@ TagRenderer::TagRenderer(services::user::Session *session) : Renderer(session) {
 
 TagRenderer::~TagRenderer() = default;
 
-void TagRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
-  Call call(*this);
-  if (desc)
-    walk(desc, parentOid, indent);
-}
-
 bool TagRenderer::sortsRows(const Plan &) const { return false; }
 
 void TagRenderer::orderFailed() {}

@@ -12,7 +12,6 @@ public:
   explicit TagRenderer(services::user::Session *session);
   ~TagRenderer() override;
 
-  void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
 
 private:
   void beginChain(QEL_DESC *head, int indent) override;

@@ -40,12 +40,6 @@ XMLRenderer::XMLRenderer(services::user::Session *session) : Renderer(session) {
 
 XMLRenderer::~XMLRenderer() = default;
 
-void XMLRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
-  Call call(*this);
-  if (desc)
-    walk(desc, parentOid, indent);
-}
-
 bool XMLRenderer::beginTable(Plan &, int parentOid, int) {
   m_levels[depth()].parentOid = parentOid;
   return true;

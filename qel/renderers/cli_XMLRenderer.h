@@ -24,7 +24,6 @@ public:
   explicit XMLRenderer(services::user::Session *session);
   ~XMLRenderer() override;
 
-  void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
 
 private:
   void planTable(Plan &plan) override;

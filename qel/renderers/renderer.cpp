@@ -398,6 +398,12 @@ bool Renderer::beginTable(Plan &, int, int) { return true; }
 void Renderer::endTable(Plan &, int) {}
 bool Renderer::visits(const Column &) const { return true; }
 
+void Renderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
+  Call call(*this);
+  if (desc)
+    walk(desc, parentOid, indent);
+}
+
 bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
   if (m_failed || !outputStream)
     return false;

@@ -39,9 +39,10 @@ public:
   Renderer(const Renderer &) = delete;
   Renderer &operator=(const Renderer &) = delete;
 
-  /// Prints the chain that starts at \p desc. \p parentOid is the object id
-  /// of the enclosing object, \p indent the indentation of this level.
-  virtual void PrintTable(QEL_DESC *desc, int parentOid, int indent) = 0;
+  /// Prints the chain that starts at \p desc (null: nothing). \p parentOid
+  /// is the object id of the enclosing object, \p indent the indentation of
+  /// this level.
+  virtual void PrintTable(QEL_DESC *desc, int parentOid, int indent);
 
   /// Writes the text of cell (\p row, \p column) to \p value, after
   /// rewinding it; in numeric form, the value's number where it differs. A
