@@ -4,11 +4,24 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 // A print this short gets no progress line at all.
 constexpr std::chrono::milliseconds kDelay{1000};
 constexpr std::chrono::milliseconds kTick{250};
+
+// QEL_PROGRESS_DELAY_MS shortens the delay so that tests can see the line
+// without a print that takes a second on every machine.
+std::chrono::milliseconds delay() {
+  if (const char *text = std::getenv("QEL_PROGRESS_DELAY_MS")) {
+    char *end = nullptr;
+    const long ms = std::strtol(text, &end, 10);
+    if (end != text && *end == '\0' && ms >= 0 && ms <= 60000)
+      return std::chrono::milliseconds(ms);
+  }
+  return kDelay;
+}
 } // namespace
 
 Progress::Progress(std::string what) : what_(std::move(what)) {
@@ -30,7 +43,7 @@ Progress::~Progress() {
 void Progress::run() {
   const auto start = std::chrono::steady_clock::now();
   std::unique_lock<std::mutex> lock(mutex_);
-  if (wake_.wait_for(lock, kDelay, [this] { return done_; }))
+  if (wake_.wait_for(lock, delay(), [this] { return done_; }))
     return;
   static const char kSpin[] = "|/-\\";
   for (unsigned tick = 0; !done_; ++tick) {

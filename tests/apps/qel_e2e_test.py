@@ -296,7 +296,8 @@ class Options(unittest.TestCase):
         # Without a terminal stderr stays empty: EveryTable checks that.
         args = ['--format', 'api', '--rows', '150000', 'show', 'volumes']
         master, slave = pty.openpty()
-        proc = subprocess.run([QEL] + args, stdout=subprocess.DEVNULL, stderr=slave, env=ENV)
+        proc = subprocess.run([QEL] + args, stdout=subprocess.DEVNULL, stderr=slave,
+                              env=dict(ENV, QEL_PROGRESS_DELAY_MS='0'))
         os.close(slave)
         seen = b''
         try:
