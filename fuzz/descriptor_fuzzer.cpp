@@ -9,6 +9,8 @@
 //
 // Input: a sequence of operations, each an opcode byte and its operands
 // taken from the bytes that follow.
+#include "fuzz_input.h"
+
 #include <qel/qel.h>
 
 #include <algorithm>
@@ -21,32 +23,6 @@
 
 namespace {
 
-struct Input {
-  const std::uint8_t *data;
-  std::size_t size;
-
-  bool empty() const { return size == 0; }
-  std::uint8_t byte() {
-    if (!size)
-      return 0;
-    --size;
-    return *data++;
-  }
-  std::uint32_t word() {
-    std::uint32_t w = 0;
-    for (int i = 0; i < 4; ++i)
-      w = w << 8 | byte();
-    return w;
-  }
-  // Text with any bytes but NUL, up to 300 of them.
-  std::string text() {
-    std::string s;
-    for (int n = byte() * 300 / 255; n && size; --n)
-      if (char c = static_cast<char>(byte()))
-        s += c;
-    return s;
-  }
-};
 
 const services::user::Preferences::OutputType kTypes[] = {
     services::user::Preferences::OUTPUT_CONSOLE, services::user::Preferences::OUTPUT_API,
@@ -64,25 +40,22 @@ std::vector<GS_TokenValues> &tables() {
 // Descriptors the fuzzer owns: heads of chains nobody else holds.
 constexpr std::size_t kSlots = 8;
 
-[[noreturn]] void fail(const char *what) {
-  std::fprintf(stderr, "descriptor_fuzzer: %s\n", what);
-  std::abort();
-}
+[[noreturn]] void fail(const char *what) { fuzzFail("descriptor_fuzzer", what); }
 
-int column(Input &in) { return static_cast<int>(in.byte() % 48) - 2; }
-int row(Input &in) { return static_cast<int>(in.byte() % 72) - 2; }
+int column(FuzzInput &in) { return static_cast<int>(in.byte() % 48) - 2; }
+int row(FuzzInput &in) { return static_cast<int>(in.byte() % 72) - 2; }
 
 // One typed or generic fill of cell (c, r) of \p d. A nested descriptor
 // given to a fill is taken over when the cell holds it afterwards;
 // otherwise it is freed here.
-void fill(services::user::Session *s, QEL_DESC *d, Input &in, std::vector<QEL_DESC *> &owned) {
+void fill(services::user::Session *s, QEL_DESC *d, FuzzInput &in, std::vector<QEL_DESC *> &owned) {
   const std::uint8_t op = in.byte() % 23;
   const int c = column(in), r = row(in);
   const std::uint32_t n = in.word();
   // Fixed-size fills read the property's size in bytes: the text sits at
   // the start of a zeroed block longer than any registered size.
   static char block[1024];
-  const std::string t = in.text();
+  const std::string t = in.text(300, false);
   std::memset(block, 0, sizeof block);
   std::memcpy(block, t.data(), t.size());
   const char *text = in.byte() % 8 ? block : nullptr;
@@ -137,7 +110,7 @@ void fill(services::user::Session *s, QEL_DESC *d, Input &in, std::vector<QEL_DE
   }
 }
 
-void print(QEL_DESC *d, Input &in) {
+void print(QEL_DESC *d, FuzzInput &in) {
   const std::uint8_t how = in.byte();
   // Small streams cut the document anywhere; the large one holds it.
   static const int kSizes[] = {0, 1, 7, 64, 300, 4096, 1 << 20};
@@ -151,16 +124,16 @@ void print(QEL_DESC *d, Input &in) {
   p.setStorageSizeBase(in.byte() % 2 ? 2 : 10);
   p.setStorageSizePrecision(in.byte() % 12);
   s.getContext().setScreenWidth(static_cast<int>(in.byte()) * 2);
-  const std::string request = in.text();
+  const std::string request = in.text(300, false);
   QEL_Print_Data(d, &s, out, how & 16, how & 32, how & 64 ? request.c_str() : nullptr);
 }
 
-void meta(Input &in) {
+void meta(FuzzInput &in) {
   utility::BufferStream out(1 << 20);
   services::user::Session s(out);
   s.getPreferences().setOutputFormat(kTypes[in.byte() % 9]);
   s.getPreferences().setLocale(static_cast<LocaleCode>(LOCALE_EN + in.byte() % 10));
-  std::string which = in.text();
+  std::string which = in.text(300, false);
   if (in.byte() % 2 && !tables().empty())
     which = strings::GS.toString(tables()[in.byte() % tables().size()]);
   cli_metaHandler(&s, which.c_str());
@@ -181,7 +154,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  Input in{data, size};
+  FuzzInput in{data, size};
   std::vector<QEL_DESC *> owned;
   utility::BufferStream sessionOut(4096);
   services::user::Session session(sessionOut);

@@ -6,6 +6,8 @@
 //
 // Input: byte 0 is the capacity (0..255); then operations, each an opcode
 // byte and its operands taken from the bytes that follow.
+#include "fuzz_input.h"
+
 #include <qel/qel.h>
 
 #include <climits>
@@ -18,42 +20,21 @@
 
 namespace {
 
-struct Input {
-  const std::uint8_t *data;
-  std::size_t size;
-
-  bool empty() const { return size == 0; }
-  std::uint8_t byte() {
-    if (!size)
-      return 0;
-    --size;
-    return *data++;
+// Counts: mostly small, with the edges that overflow naive arithmetic.
+int count(FuzzInput &in) {
+  switch (std::uint8_t b = in.byte(); b >> 5) {
+  case 0:
+    return INT_MAX - (b & 3);
+  case 1:
+    return INT_MIN + (b & 3);
+  case 2:
+    return -static_cast<int>(b & 31);
+  default:
+    return b - 96;
   }
-  // Counts: mostly small, with the edges that overflow naive arithmetic.
-  int count() {
-    switch (std::uint8_t b = byte(); b >> 5) {
-    case 0:
-      return INT_MAX - (b & 3);
-    case 1:
-      return INT_MIN + (b & 3);
-    case 2:
-      return -static_cast<int>(b & 31);
-    default:
-      return b - 96;
-    }
-  }
-  std::string text() {
-    std::string s;
-    for (std::uint8_t n = byte() % 80; n && size; --n)
-      s += static_cast<char>(byte());
-    return s;
-  }
-};
-
-[[noreturn]] void fail(const char *what) {
-  std::fprintf(stderr, "stream_fuzzer: %s\n", what);
-  std::abort();
 }
+
+[[noreturn]] void fail(const char *what) { fuzzFail("stream_fuzzer", what); }
 
 void check(bool ok, const char *what) {
   if (!ok)
@@ -104,7 +85,7 @@ void compare(utility::BufferStream &s, const Model &m) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  Input in{data, size};
+  FuzzInput in{data, size};
   Model m;
   m.capacity = in.byte();
   utility::BufferStream s(static_cast<int>(m.capacity));
@@ -119,22 +100,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       break;
     }
     case 1: {
-      std::string t = in.text();
+      std::string t = in.text(80, true);
       t = t.substr(0, t.find('\0'));
       const bool fits = m.write(t);
       expectRaise([&] { s.PutS(t.c_str()); }, !fits && !m.silent);
       break;
     }
     case 2: {
-      const std::string t = in.text();
+      const std::string t = in.text(80, true);
       const bool fits = m.write(t);
       expectRaise([&] { s.PutB(t.data(), static_cast<int>(t.size())); }, !fits && !m.silent);
       break;
     }
     case 3: {
-      std::string t = in.text();
+      std::string t = in.text(80, true);
       t = t.substr(0, t.find('\0'));
-      const int n = in.count();
+      const int n = count(in);
       char number[16];
       std::snprintf(number, sizeof number, "%d", n);
       const bool fits = m.write(t + number);
@@ -143,7 +124,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     case 4:
     case 5: {
-      const int n = in.count() % 400;
+      const int n = count(in) % 400;
       const char c = op % 14 == 4 ? static_cast<char>(in.byte()) : ' ';
       const bool fits = m.write(std::string(n > 0 ? static_cast<std::size_t>(n) : 0, c));
       if (op % 14 == 4)
@@ -154,7 +135,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     case 6: {
       // The caller writes into the free space, then moves the head.
-      const int n = in.count();
+      const int n = count(in);
       const long room = m.room();
       if (room > 0)
         std::memset(s.pHead(), 'w', static_cast<std::size_t>(room));
@@ -168,7 +149,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       break;
     }
     case 7: {
-      const int n = in.count();
+      const int n = count(in);
       const long head = static_cast<long>(m.text.size());
       const bool inRange = n >= 0 && n <= head - m.read;
       m.read = std::min<long>(std::max<long>(m.read + n, 0), head);
@@ -207,7 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       s.setSilentTruncation(m.silent);
       break;
     case 13: {
-      const std::string t = in.text();
+      const std::string t = in.text(80, true);
       const bool fits = m.write(t);
       bool sent = false;
       expectRaise([&] { sent = s.SendOutputStream(t.data(), static_cast<unsigned>(t.size())); },

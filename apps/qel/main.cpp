@@ -6,6 +6,7 @@
 // Bad input (an unknown option, value, command or basetype, or options that
 // conflict) gets one line on stderr, nothing on stdout and exit status 2;
 // the command itself failing gets status 1.
+#include "qel_main.h"
 #include "progress.h"
 #include "sample_data.h"
 #include "sample_system.h"
@@ -27,6 +28,12 @@
 namespace {
 
 using services::user::Preferences;
+
+// Ends the command with an exit status; qelMain returns it. Thrown rather
+// than calling exit so that qel can run in-process (the argument fuzzer).
+struct Exit {
+  int status;
+};
 
 const char kUsage[] =
     "usage: qel [options] show <basetype>\n"
@@ -194,7 +201,7 @@ std::string escaped(const std::string &text) {
 // Bad input: one line on stderr, nothing on stdout, exit status 2.
 [[noreturn]] void fail(const std::string &message) {
   std::fprintf(stderr, "qel: %s\n", escaped(message).c_str());
-  std::exit(2);
+  throw Exit{2};
 }
 
 [[noreturn]] void conflict(int option, const std::string &with) {
@@ -267,11 +274,11 @@ Options parse(int argc, char **argv) {
     }
     if (c == optHelp) {
       std::fputs(kUsage, stdout);
-      std::exit(0);
+      throw Exit{0};
     }
     if (c == optVersion) {
       std::printf("qel %s\n", QEL_VERSION);
-      std::exit(0);
+      throw Exit{0};
     }
     if (o.has(c))
       fail(std::string("option --") + longName(c) + " given twice");
@@ -475,20 +482,10 @@ Show checkShow(const Options &o) {
 
 // Applies --output and --sort to the show table.
 void shapeColumns(QEL_DESC *head, const Show &s, const Options &o) {
-#ifdef QEL_HAVE_COLUMN_API
   if (!s.columns.empty())
     QEL_SelectColumns(head, s.columns.data(), static_cast<int>(s.columns.size()));
   if (s.sortColumn)
     QEL_SortRows(head, s.sortColumn, o.descending);
-#else
-  (void)head;
-  if (!s.columns.empty() || s.sortColumn) {
-    std::fprintf(stderr, "qel: --%s needs a library with column selection and sorting\n",
-                 s.columns.empty() ? "sort" : "output");
-    std::exit(1);
-  }
-  (void)o;
-#endif
 }
 
 // The head table's console layout: --layout, or rows without headings for
@@ -499,9 +496,7 @@ int layoutFor(const Options &o) {
   return o.layout;
 }
 
-} // namespace
-
-int main(int argc, char **argv) {
+int run(int argc, char **argv) {
   // The library reports through the platform log; a terminal user sees only
   // the output unless QEL_LOG asks for the diagnostics too.
   if (!std::getenv("QEL_LOG"))
@@ -578,4 +573,16 @@ int main(int argc, char **argv) {
     status = 1;
   }
   return status;
+}
+
+} // namespace
+
+int qelMain(int argc, char **argv) {
+  optind = 0; // getopt_long starts afresh on every call
+  try {
+    return run(argc, argv);
+  } catch (const Exit &exit) {
+    std::fflush(stdout);
+    return exit.status;
+  }
 }
