@@ -14,9 +14,9 @@ int main() {
   // The library's diagnostics go to one sink; by default it writes them to
   // stderr. Route them elsewhere (here: stderr with a prefix, debug lines
   // dropped), or pass a sink that does nothing to quiet them.
-  framework::Logger::setSink([](const framework::LogRecord &record) {
+  framework::Logger::setSink([](const framework::LogRecord &record, void *) {
     if (record.route != framework::LogRecord::Route::Debug)
-      std::fprintf(stderr, "hello: libqel: %s\n", record.text.c_str());
+      std::fprintf(stderr, "hello: libqel: %s\n", record.text);
   });
 
   // 1. Start the service. Building it registers the table catalogue; no

@@ -11,6 +11,7 @@
 // taken from the bytes that follow.
 #include "fuzz_input.h"
 
+#include <qel/platform/testing.h>
 #include <qel/qel.h>
 
 #include <algorithm>
@@ -139,7 +140,7 @@ void meta(FuzzInput &in) {
   cli_metaHandler(&s, which.c_str());
 }
 
-void silenceLog(const framework::LogRecord &) {}
+void silenceLog(const framework::LogRecord &, void *) {}
 
 } // namespace
 
@@ -219,11 +220,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       }
       break;
     case 10: // the next allocations fail (once, or from then on)
-      framework::Memory::setFailAfter(in.byte() % 64, in.byte() % 2);
+      framework::testing::setFailAfter(in.byte() % 64, in.byte() % 2);
       break;
     }
   }
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   for (QEL_DESC *d : owned)
     QEL_Free(d);
   if (framework::Memory::liveAllocations() != baseline)

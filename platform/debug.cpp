@@ -1,6 +1,6 @@
 // Debug flags and the diagnostic print functions.
-#include <platform/debug.h>
-#include <platform/internal.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/internal.h>
 
 #include <atomic>
 #include <cstdint>

@@ -6,7 +6,7 @@
 #ifndef QEL_PLATFORM_DEBUG_H
 #define QEL_PLATFORM_DEBUG_H
 
-#include <platform/export.h>
+#include <qel/platform/export.h>
 
 namespace utility {
 

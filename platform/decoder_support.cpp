@@ -1,6 +1,6 @@
 // Table lookup of the generated enumeration decoders.
-#include <platform/decoder_support.h>
-#include <platform/streams.h>
+#include <qel/platform/decoder_support.h>
+#include <qel/platform/streams.h>
 
 #include <algorithm>
 

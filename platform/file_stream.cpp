@@ -1,6 +1,6 @@
 // FileStream: a put stream that writes its buffer to a file descriptor
 // whenever it fills, so output of any length arrives intact.
-#include <platform/streams.h>
+#include <qel/platform/streams.h>
 
 #include <cerrno>
 #include <unistd.h>

@@ -1,6 +1,9 @@
 // Framework core: exceptions, the logger's sink and the counting allocator.
-#include <platform/framework.h>
-#include <platform/internal.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/internal.h>
+#ifdef QEL_TEST_HOOKS
+#include <qel/platform/testing.h>
+#endif
 
 #include <atomic>
 #include <cstdio>
@@ -11,13 +14,28 @@
 
 namespace framework {
 
+namespace {
+char *copyText(const char *text) {
+  if (!text)
+    text = "";
+  const std::size_t size = std::strlen(text) + 1;
+  char *copy = new char[size];
+  std::memcpy(copy, text, size);
+  return copy;
+}
+} // namespace
+
 Exception::Exception(unsigned code, const char *file, int line,
                      const char *function, const char *message, bool flag)
-    : m_code(code), m_file(file ? file : ""), m_line(line),
-      m_function(function ? function : ""), m_message(message ? message : ""),
+    : m_code(code), m_file(copyText(file)), m_line(line),
+      m_function(copyText(function)), m_message(copyText(message)),
       m_flag(flag) {}
 
-Exception::~Exception() = default;
+Exception::~Exception() {
+  delete[] m_file;
+  delete[] m_function;
+  delete[] m_message;
+}
 
 // --- Logger ---------------------------------------------------------------
 
@@ -40,50 +58,45 @@ const char *routeName(LogRecord::Route route) {
 // One line per record on stderr; a trailing newline of the message is not
 // doubled. Debug records are dropped: debug lines are only wanted when a
 // sink is installed to collect them.
-void defaultSink(const LogRecord &record) {
+void defaultSink(const LogRecord &record, void *) {
   if (record.route == LogRecord::Route::Debug)
     return;
-  std::size_t len = record.text.size();
+  std::size_t len = std::strlen(record.text);
   while (len > 0 && record.text[len - 1] == '\n')
     --len;
   if (record.function)
     std::fprintf(stderr, "qel %s[%d] %s:%d: %.*s\n", routeName(record.route),
                  record.type, record.function, record.line,
-                 static_cast<int>(len), record.text.c_str());
+                 static_cast<int>(len), record.text);
   else
     std::fprintf(stderr, "qel %s[%d]: %.*s\n", routeName(record.route),
-                 record.type, static_cast<int>(len), record.text.c_str());
+                 record.type, static_cast<int>(len), record.text);
 }
 
-// The sink is shared by all threads. A caller copies the shared pointer under
-// the lock and calls the sink outside it, so a sink may itself log or replace
-// the sink without deadlocking.
+// The sink is shared by all threads. A caller copies it under the lock and
+// calls it outside, so a sink may itself log or replace the sink without
+// deadlocking.
 std::mutex sinkMutex;
-std::shared_ptr<const Logger::Sink> &currentSink() {
-  static std::shared_ptr<const Logger::Sink> sink =
-      std::make_shared<const Logger::Sink>(defaultSink);
-  return sink;
-}
+Logger::Sink currentSink{defaultSink, nullptr};
 
 } // namespace
 
 Logger::Sink Logger::setSink(Sink sink) {
-  if (!sink)
-    sink = defaultSink;
-  auto next = std::make_shared<const Sink>(std::move(sink));
+  if (!sink.function)
+    sink = Sink{defaultSink, nullptr};
   std::lock_guard<std::mutex> lock(sinkMutex);
-  Sink previous = *currentSink();
-  currentSink() = std::move(next);
+  const Sink previous = currentSink;
+  currentSink = sink;
   return previous;
 }
 
 void Logger::emit(const LogRecord &record) {
-  std::shared_ptr<const Sink> sink;
+  Sink sink;
   {
     std::lock_guard<std::mutex> lock(sinkMutex);
-    sink = currentSink();
+    sink = currentSink;
   }
-  (*sink)(record);
+  sink.function(record, sink.context);
 }
 
 void Logger::StaticLog(int type, const char *fmt, ...) {
@@ -108,6 +121,8 @@ namespace {
 
 std::atomic<long> liveBlocks{0};
 std::atomic<long> allocCalls{0};
+
+#ifdef QEL_TEST_HOOKS
 // Allocations still to succeed before the injected failure; -1 = off.
 std::atomic<long> failCountdown{-1};
 std::atomic<bool> failPersistent{false};
@@ -127,6 +142,9 @@ bool injectFailure() {
   }
   return false;
 }
+#else
+constexpr bool injectFailure() { return false; }
+#endif
 
 } // namespace
 
@@ -157,10 +175,12 @@ char *Memory::StaticStrdup(const char *text) {
   return copy;
 }
 
-void Memory::setFailAfter(long n, bool persistent) {
+#ifdef QEL_TEST_HOOKS
+void testing::setFailAfter(long n, bool persistent) {
   failPersistent.store(persistent, std::memory_order_relaxed);
   failCountdown.store(n < 0 ? -1 : n, std::memory_order_relaxed);
 }
+#endif
 
 long Memory::liveAllocations() {
   return liveBlocks.load(std::memory_order_relaxed);
@@ -191,7 +211,8 @@ std::string vformat(const char *fmt, va_list args) {
 
 void emitv(framework::LogRecord::Route route, int type, const char *function,
            int line, const char *fmt, va_list args) {
-  framework::LogRecord record{route, type, function, line, vformat(fmt, args)};
+  const std::string text = vformat(fmt, args);
+  framework::LogRecord record{route, type, function, line, text.c_str()};
   framework::Logger::emit(record);
 }
 

@@ -3,11 +3,9 @@
 #ifndef QEL_PLATFORM_FRAMEWORK_H
 #define QEL_PLATFORM_FRAMEWORK_H
 
-#include <platform/export.h>
+#include <qel/platform/export.h>
 
 #include <cstddef>
-#include <functional>
-#include <string>
 
 namespace framework {
 
@@ -20,20 +18,22 @@ public:
   Exception(unsigned code, const char *file, int line, const char *function,
             const char *message, bool flag);
   virtual ~Exception();
+  Exception(const Exception &) = delete;
+  Exception &operator=(const Exception &) = delete;
 
   unsigned code() const { return m_code; }
-  const char *file() const { return m_file.c_str(); }
+  const char *file() const { return m_file; }
   int line() const { return m_line; }
-  const char *function() const { return m_function.c_str(); }
-  const char *message() const { return m_message.c_str(); }
+  const char *function() const { return m_function; }
+  const char *message() const { return m_message; }
   bool flag() const { return m_flag; }
 
 private:
   unsigned m_code;
-  std::string m_file;
+  char *m_file;     ///< owned copies
   int m_line;
-  std::string m_function;
-  std::string m_message;
+  char *m_function;
+  char *m_message;
   bool m_flag;
 };
 
@@ -45,13 +45,17 @@ struct LogRecord {
   int type;             ///< log type of Logger calls; 0 for the other routes
   const char *function; ///< function text of StaticLogMethod, else null
   int line;             ///< source line of StaticLogMethod, else 0
-  std::string text;     ///< the formatted message, unchanged
+  const char *text;     ///< the formatted message, valid during the call
 };
 
 /// The framework logger. All diagnostics go through one replaceable sink.
 class QEL_API Logger {
 public:
-  using Sink = std::function<void(const LogRecord &)>;
+  /// A sink: a function and the context it is called with.
+  struct Sink {
+    void (*function)(const LogRecord &record, void *context) = nullptr;
+    void *context = nullptr;
+  };
 
   /// Logs a formatted message with a log type (0 for errors a caller should
   /// never cause, 3 for trace lines).
@@ -60,17 +64,22 @@ public:
   static void StaticLogMethod(int type, const char *function, int line,
                               const char *fmt, ...) QEL_PRINTF(4, 5);
 
-  /// Replaces the sink and returns the previous one. An empty sink restores
-  /// the default, which writes one line per record to stderr and drops
-  /// Debug records. Safe to call from any thread.
+  /// Replaces the sink and returns the previous one. A sink without a
+  /// function restores the default, which writes one line per record to
+  /// stderr and drops Debug records. Safe to call from any thread; a record
+  /// being emitted on another thread may still reach the previous sink.
   static Sink setSink(Sink sink);
+  /// As above, from a function and its context.
+  static Sink setSink(void (*function)(const LogRecord &, void *), void *context = nullptr) {
+    return setSink(Sink{function, context});
+  }
 
   /// Hands one record to the current sink.
   static void emit(const LogRecord &record);
 };
 
-/// The framework allocator: the C heap, with a live-block count and fault
-/// injection for tests. Thread-safe.
+/// The framework allocator: the C heap, with a live-block count. Thread-safe.
+/// (The test build adds fault injection: see tests/support/fail_alloc.h.)
 class QEL_API Memory {
 public:
   /// Allocates \p size bytes (at least one); null on failure.
@@ -81,10 +90,6 @@ public:
   /// or the allocation fails.
   static char *StaticStrdup(const char *text);
 
-  /// Fault injection: the next \p n allocations succeed and the one after
-  /// them fails (n = 0: the very next one); only that one, or every one from
-  /// then on when \p persistent. A negative \p n turns injection off.
-  static void setFailAfter(long n, bool persistent = false);
   /// Number of blocks currently allocated through StaticAlloc.
   static long liveAllocations();
   /// Number of StaticAlloc calls so far, failed ones included.

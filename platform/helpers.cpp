@@ -1,6 +1,6 @@
 // Formatting and string helpers.
-#include <platform/debug.h>
-#include <platform/helpers.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/helpers.h>
 
 #include <algorithm>
 #include <cctype>

@@ -3,8 +3,8 @@
 #ifndef QEL_PLATFORM_HELPERS_H
 #define QEL_PLATFORM_HELPERS_H
 
-#include <platform/export.h>
-#include <platform/user.h>
+#include <qel/platform/export.h>
+#include <qel/platform/user.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #ifndef QEL_PLATFORM_INTERNAL_H
 #define QEL_PLATFORM_INTERNAL_H
 
-#include <platform/framework.h>
+#include <qel/platform/framework.h>
 
 #include <cstdarg>
 #include <string>

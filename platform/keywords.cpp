@@ -1,5 +1,5 @@
 // Lookups of the keyword repository over the generated tables.
-#include <platform/keywords.h>
+#include <qel/platform/keywords.h>
 
 #include <cstdint>
 #include <cstring>

@@ -7,8 +7,8 @@
 #ifndef QEL_PLATFORM_KEYWORDS_H
 #define QEL_PLATFORM_KEYWORDS_H
 
-#include <platform/export.h>
-#include <platform/gs_tokens.h>
+#include <qel/platform/export.h>
+#include <qel/platform/gs_tokens.h>
 
 namespace strings {
 

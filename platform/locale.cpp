@@ -1,5 +1,5 @@
 // Thread locale, localization switch and message catalogue.
-#include <platform/locale.h>
+#include <qel/platform/locale.h>
 
 #include <atomic>
 #include <cstring>

@@ -3,7 +3,7 @@
 #ifndef QEL_PLATFORM_LOCALE_H
 #define QEL_PLATFORM_LOCALE_H
 
-#include <platform/export.h>
+#include <qel/platform/export.h>
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 # The platform layer: our stand-in for the service framework, utility
 # streams, keyword repository, user services and helpers.
 
-set(GEN ${QEL_GEN_DIR}/platform)
+set(GEN ${QEL_GEN_DIR}/qel/platform)
 qel_generate(
   OUTPUTS ${GEN}/gs_tokens.h ${GEN}/gs_tokens.cpp
   SCRIPT tools/gen_keywords.py
@@ -15,11 +15,13 @@ qel_generate(
   ARGS platform/decoders.txt ${GEN}/decoders.h ${GEN}/decoders.cpp)
 
 set(D ${CMAKE_CURRENT_LIST_DIR})
-target_sources(qel PRIVATE
+# framework.cpp is compiled twice: as is for the library, and with the test
+# hooks for qel_testing.
+qel_objects(qel_framework_objects ${D}/framework.cpp)
+qel_objects(qel_platform_objects
   ${D}/decoder_support.cpp
   ${D}/debug.cpp
   ${D}/file_stream.cpp
-  ${D}/framework.cpp
   ${D}/helpers.cpp
   ${D}/keywords.cpp
   ${D}/locale.cpp

@@ -1,10 +1,14 @@
 // The service framework's object model.
-#include <platform/framework.h>
-#include <platform/internal.h>
-#include <platform/service.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/internal.h>
+#include <qel/platform/service.h>
 
 #include <cstdarg>
+#include <cstring>
+#include <map>
+#include <mutex>
 #include <new>
+#include <string>
 
 namespace framework {
 
@@ -22,6 +26,22 @@ bool Item::toFile(char const *) const { return false; }
 bool Item::fromStream(utility::GetStream &) { return false; }
 bool Item::fromFile(char const *) { return false; }
 bool Item::fromXML(utility::XMLDocument &) { return false; }
+
+// --- OwnedText --------------------------------------------------------------
+
+OwnedText::~OwnedText() { delete[] m_text; }
+
+OwnedText &OwnedText::operator=(const char *text) {
+  char *copy = nullptr;
+  if (text && *text) {
+    const std::size_t size = std::strlen(text) + 1;
+    copy = new char[size];
+    std::memcpy(copy, text, size);
+  }
+  delete[] m_text;
+  m_text = copy;
+  return *this;
+}
 
 // --- Entity -----------------------------------------------------------------
 
@@ -42,7 +62,7 @@ void Entity::setResources() {}
 void Entity::setError(char const *fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  m_errorMessage = platform_detail::vformat(fmt, args);
+  m_errorMessage = platform_detail::vformat(fmt, args).c_str();
   va_end(args);
   m_inError = true;
 }
@@ -59,7 +79,7 @@ void Entity::operator delete(void *block) { Memory::StaticFree(block); }
 
 ServiceInfoData Service::m_serviceInfoData = {{0, 0, 0}};
 
-Service::Service(char const *name) : m_name(name ? name : "") {}
+Service::Service(char const *name) : m_name(name) {}
 Service::~Service() = default;
 
 GS_TokenValues Service::getName() const { return strings::GS.toToken(m_name.c_str()); }
@@ -94,7 +114,7 @@ void Service::RunThread() {}
 void Service::serviceEvent(unsigned int, void const *) {}
 const ServiceInfoData *Service::serviceInfo() const { return &m_serviceInfoData; }
 const unsigned *Service::eventSubscription() const { return nullptr; }
-void Service::setStatus(char const *status) { m_status = status ? status : ""; }
+void Service::setStatus(char const *status) { m_status = status; }
 
 // --- ServiceFactory ---------------------------------------------------------
 
@@ -109,8 +129,14 @@ ServiceFactory::~ServiceFactory() = default;
 
 Container *Container::m_pMe = nullptr;
 
-Container::Container() = default;
-Container::~Container() = default;
+struct Container::State {
+  std::mutex mutex;
+  std::map<std::string, ServiceFactory *> factories;
+  std::map<std::string, Service *> services;
+};
+
+Container::Container() : m_state(new State) {}
+Container::~Container() { delete m_state; }
 
 Container *Container::getContainer() {
   // Created on first use: factories register during static initialisation,
@@ -122,21 +148,21 @@ Container *Container::getContainer() {
 }
 
 void Container::registerFactory(ServiceFactory *factory) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  m_factories[factory->name()] = factory;
+  std::lock_guard<std::mutex> lock(m_state->mutex);
+  m_state->factories[factory->name()] = factory;
 }
 
 ServiceFactory *Container::findFactory(char const *name) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  auto it = m_factories.find(name ? name : "");
-  return it == m_factories.end() ? nullptr : it->second;
+  std::lock_guard<std::mutex> lock(m_state->mutex);
+  auto it = m_state->factories.find(name ? name : "");
+  return it == m_state->factories.end() ? nullptr : it->second;
 }
 
 Service *Container::findService(char const *name) {
-  std::lock_guard<std::mutex> lock(m_mutex);
+  std::lock_guard<std::mutex> lock(m_state->mutex);
   ++m_lookups;
-  auto it = m_services.find(name ? name : "");
-  return it == m_services.end() ? nullptr : it->second;
+  auto it = m_state->services.find(name ? name : "");
+  return it == m_state->services.end() ? nullptr : it->second;
 }
 
 Service *Container::buildService(char const *name) {
@@ -146,8 +172,8 @@ Service *Container::buildService(char const *name) {
   if (!factory)
     return nullptr;
   Service *service = factory->build();
-  std::lock_guard<std::mutex> lock(m_mutex);
-  auto inserted = m_services.emplace(name, service);
+  std::lock_guard<std::mutex> lock(m_state->mutex);
+  auto inserted = m_state->services.emplace(name, service);
   if (!inserted.second) { // built meanwhile by another thread
     delete service;
     return inserted.first->second;
@@ -158,12 +184,12 @@ Service *Container::buildService(char const *name) {
 void Container::removeService(char const *name) {
   Service *service = nullptr;
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    auto it = m_services.find(name ? name : "");
-    if (it == m_services.end())
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    auto it = m_state->services.find(name ? name : "");
+    if (it == m_state->services.end())
       return;
     service = it->second;
-    m_services.erase(it);
+    m_state->services.erase(it);
   }
   delete service;
 }

@@ -6,14 +6,11 @@
 #ifndef QEL_PLATFORM_SERVICE_H
 #define QEL_PLATFORM_SERVICE_H
 
-#include <platform/export.h>
-#include <platform/keywords.h>
+#include <qel/platform/export.h>
+#include <qel/platform/keywords.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <mutex>
-#include <string>
 
 namespace utility {
 class PutStream;
@@ -25,6 +22,22 @@ class XMLDocument;
 namespace framework {
 
 class Service;
+
+/// A text the object owns (the framework's headers do without std::string).
+class QEL_API OwnedText {
+public:
+  OwnedText() = default;
+  explicit OwnedText(const char *text) { *this = text; }
+  ~OwnedText();
+  OwnedText(const OwnedText &) = delete;
+  /// Replaces the text with a copy of \p text (null: empty).
+  OwnedText &operator=(const char *text);
+  const char *c_str() const { return m_text ? m_text : ""; }
+  void clear() { *this = nullptr; }
+
+private:
+  char *m_text = nullptr;
+};
 
 /// A service's information record, read by the framework.
 struct ServiceInfoData {
@@ -77,7 +90,7 @@ public:
 
 private:
   bool m_inError = false;
-  std::string m_errorMessage;
+  OwnedText m_errorMessage;
 };
 
 /// A service: named by its keyword text, with a status text.
@@ -116,8 +129,8 @@ public:
   static ServiceInfoData m_serviceInfoData;
 
 private:
-  std::string m_name;
-  std::string m_status;
+  OwnedText m_name;
+  OwnedText m_status;
   bool m_started = false;
 };
 
@@ -145,6 +158,8 @@ class QEL_API Container {
 public:
   Container();
   virtual ~Container();
+  Container(const Container &) = delete;
+  Container &operator=(const Container &) = delete;
 
   /// The process's container (m_pMe).
   static Container *getContainer();
@@ -165,9 +180,8 @@ public:
   static Container *m_pMe;
 
 private:
-  std::mutex m_mutex;
-  std::map<std::string, ServiceFactory *> m_factories;
-  std::map<std::string, Service *> m_services;
+  struct State; ///< the registered factories and built services, locked
+  State *m_state;
   long m_lookups = 0;
 };
 

@@ -4,8 +4,8 @@
 // buffer invariants of streams.h. PutC's inline fast path writes the fields
 // directly when there is room; that is what WriteRemaining() > 0 followed by
 // WriteAdvance(1) does, without two virtual calls per character.
-#include <platform/framework.h>
-#include <platform/streams.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/streams.h>
 
 #include <algorithm>
 #include <cstdarg>

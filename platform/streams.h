@@ -17,7 +17,7 @@
 #ifndef QEL_PLATFORM_STREAMS_H
 #define QEL_PLATFORM_STREAMS_H
 
-#include <platform/export.h>
+#include <qel/platform/export.h>
 
 namespace framework {
 class InputStream;

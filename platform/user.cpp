@@ -1,5 +1,5 @@
 // Numeric codes of the user services' token settings.
-#include <platform/user.h>
+#include <qel/platform/user.h>
 
 #include <cstddef>
 

@@ -3,9 +3,9 @@
 #ifndef QEL_PLATFORM_USER_H
 #define QEL_PLATFORM_USER_H
 
-#include <platform/export.h>
-#include <platform/keywords.h>
-#include <platform/locale.h>
+#include <qel/platform/export.h>
+#include <qel/platform/keywords.h>
+#include <qel/platform/locale.h>
 
 #include <cstdint>
 

@@ -6,8 +6,8 @@
 #include <qel/renderers/cli_TagRenderer.h>
 #include <qel/renderers/cli_XMLRenderer.h>
 
-#include <platform/debug.h>
-#include <platform/framework.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/framework.h>
 
 #include <algorithm>
 #include <climits>

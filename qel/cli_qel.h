@@ -18,9 +18,9 @@
 #ifndef QEL_CLI_QEL_H
 #define QEL_CLI_QEL_H
 
-#include <platform/export.h>
-#include <platform/keywords.h>
-#include <platform/user.h>
+#include <qel/platform/export.h>
+#include <qel/platform/keywords.h>
+#include <qel/platform/user.h>
 #include <qel/metadata/meta_data_db.h>
 
 #include <cstdint>
@@ -55,7 +55,11 @@ struct _QEL_COLUMN_DESC {
 };
 
 /// One output table. The block holds the header and maxRows x maxColumns
-/// cells, row-major: cell (r, c) is cells[r * maxColumns + c].
+/// cells, row-major: cell (r, c) is cells[r * maxColumns + c]. The cells are
+/// a flexible array member, which C++ has only as an extension of every
+/// compiler we support: the pragmas keep -pedantic quiet about it.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
 struct QEL_DESC {
   GS_TokenValues tableId;      ///< basetype token
   GS_TokenValues nameId;       ///< object name token; 1153 = none
@@ -71,6 +75,7 @@ struct QEL_DESC {
   _QEL_COLUMN_DESC *pColumns;  ///< maxColumns column descriptors
   QEL_CELL cells[];            ///< maxRows * maxColumns cells
 };
+#pragma GCC diagnostic pop
 
 /// The layout name of a descriptor's consoleFormat: "rows", "pairs",
 /// "packed", "labeled", "rows", "status", or "none" for other values.

@@ -2,7 +2,7 @@
 #ifndef QEL_INTERNAL_H
 #define QEL_INTERNAL_H
 
-#include <platform/streams.h>
+#include <qel/platform/streams.h>
 #include <qel/cli_qel.h>
 #include <qel/fieldnames/fieldnames.h>
 

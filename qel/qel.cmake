@@ -33,7 +33,7 @@ qel_generate(
   ARGS platform/keywords.txt platform/decoders.txt qel/metadata/catalogue.txt
        qel/metadata/registrations.txt ${CAT_OUTPUTS})
 
-target_sources(qel PRIVATE
+qel_objects(qel_objects
   ${Q}/cli_qel.cpp
   ${Q}/cli_qel_data.cpp
   ${Q}/fieldnames/fieldnames.cpp
@@ -49,13 +49,9 @@ target_sources(qel PRIVATE
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 
-install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
-install(FILES ${Q}/renderers/renderer.h ${Q}/renderers/cli_ConsoleRenderer.h
-  ${Q}/renderers/cli_XMLRenderer.h ${Q}/renderers/cli_TagRenderer.h
-  ${Q}/renderers/cli_JSONRenderer.h
-  DESTINATION ${QEL_HEADER_DIR}/qel/renderers)
-install(FILES ${Q}/service/qel_Qel.h DESTINATION ${QEL_HEADER_DIR}/qel/service)
-install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
-  DESTINATION ${QEL_HEADER_DIR}/qel/metadata)
-install(FILES ${Q}/fieldnames/fieldnames.h ${QGEN}/fieldnames/field_name_arrays.h
-  DESTINATION ${QEL_HEADER_DIR}/qel/fieldnames)
+# The public headers: the descriptor API, the registry, the dictionary's
+# lookups and the service. Renderers and generated data stay inside.
+install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR})
+install(FILES ${Q}/service/qel_Qel.h DESTINATION ${QEL_HEADER_DIR}/service)
+install(FILES ${Q}/metadata/meta_data_db.h DESTINATION ${QEL_HEADER_DIR}/metadata)
+install(FILES ${Q}/fieldnames/fieldnames.h DESTINATION ${QEL_HEADER_DIR}/fieldnames)

@@ -20,30 +20,23 @@
 //   stream, and a renderer. Hand one to another thread only with the usual
 //   synchronisation (a mutex, a queue, a join).
 // - The calling thread's locale (setThreadLocale) is per thread.
-// - Test hooks (Memory::setFailAfter) act on the whole process.
+// - Test hooks (framework::testing::setFailAfter) act on the whole process.
 #ifndef QEL_QEL_H
 #define QEL_QEL_H
 
-#include <platform/debug.h>
-#include <platform/decoders.h>
-#include <platform/framework.h>
-#include <platform/helpers.h>
-#include <platform/keywords.h>
-#include <platform/locale.h>
-#include <platform/service.h>
-#include <platform/streams.h>
-#include <platform/user.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/decoders.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/helpers.h>
+#include <qel/platform/keywords.h>
+#include <qel/platform/locale.h>
+#include <qel/platform/service.h>
+#include <qel/platform/streams.h>
+#include <qel/platform/user.h>
 
 #include <qel/cli_qel.h>
-#include <qel/fieldnames/field_name_arrays.h>
 #include <qel/fieldnames/fieldnames.h>
-#include <qel/metadata/catalogue_arrays.h>
 #include <qel/metadata/meta_data_db.h>
-#include <qel/renderers/cli_ConsoleRenderer.h>
-#include <qel/renderers/cli_JSONRenderer.h>
-#include <qel/renderers/cli_TagRenderer.h>
-#include <qel/renderers/cli_XMLRenderer.h>
-#include <qel/renderers/renderer.h>
 #include <qel/service/qel_Qel.h>
 
 #endif

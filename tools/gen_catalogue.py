@@ -140,11 +140,11 @@ def generate(keywords_path, decoders_path, catalogue_path, registrations_path, o
          '#include <qel/metadata/meta_data_db.h>\n\n',
          '// Property arrays of the table catalogue, in column order.\n']
     for name, (_, props) in arrays.items():
-        h.append(f'extern QEL_API PropertyMetaData {name}[{len(props)}];\n')
+        h.append(f'extern PropertyMetaData {name}[{len(props)}];\n')
     h.append('\n#endif\n')
 
     c = [head, '#include <qel/metadata/catalogue_arrays.h>\n\n',
-         '#include <platform/decoders.h>\n#include <platform/helpers.h>\n#include <platform/user.h>\n\n']
+         '#include <qel/platform/decoders.h>\n#include <qel/platform/helpers.h>\n#include <qel/platform/user.h>\n\n']
     for name, (_, props) in arrays.items():
         c.append(f'PropertyMetaData {name}[{len(props)}] = {{\n')
         for p in props:

@@ -79,14 +79,14 @@ def generate(src, out_h, out_cpp):
     decoders = read_decoders(src)
     head = genlib.banner(sys.argv[0], [src])
     h = [head, '#ifndef QEL_GEN_DECODERS_H\n#define QEL_GEN_DECODERS_H\n\n',
-         '#include <platform/export.h>\n\nnamespace utility {\nclass PutStream;\n}\n\n',
+         '#include <qel/platform/export.h>\n\nnamespace utility {\nclass PutStream;\n}\n\n',
          '// Enumeration decoders of the management services: each writes the\n'
          '// display text of an enumeration value.\n']
     for name, _, _ in decoders:
         h.append(f'QEL_API void {name}(utility::PutStream &out, unsigned int value);\n')
     h.append('\n#endif\n')
 
-    c = [head, '#include <platform/decoders.h>\n#include <platform/decoder_support.h>\n\n',
+    c = [head, '#include <qel/platform/decoders.h>\n#include <qel/platform/decoder_support.h>\n\n',
          'namespace {\n\nusing platform_detail::DecoderEntry;\n\n']
     for name, entries, _ in decoders:
         if not entries:

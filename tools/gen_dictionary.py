@@ -265,10 +265,10 @@ def generate(keywords_path, src_dir, out_dir, *catalogue):
     for stem, suffix, _ in LOCALES:
         h.append(f'// {stem}\n')
         for keyword, records in texts[stem].items():
-            h.append(f'extern QEL_API const FieldName {arr(keyword, suffix)}[{len(records)}];\n')
+            h.append(f'extern const FieldName {arr(keyword, suffix)}[{len(records)}];\n')
         if stem == 'en':
             for keyword in english:
-                h.append(f'extern QEL_API const std::uint8_t {length(keyword)};\n')
+                h.append(f'extern const std::uint8_t {length(keyword)};\n')
     h.append('\n#endif\n')
     genlib.write_if_changed(os.path.join(out_dir, 'field_name_arrays.h'), ''.join(h))
 

@@ -24,7 +24,7 @@ def generate(src, out_h, out_cpp):
     head = genlib.banner(sys.argv[0], [src])
 
     h = [head, '#ifndef QEL_GEN_GS_TOKENS_H\n#define QEL_GEN_GS_TOKENS_H\n\n',
-         '#include <platform/export.h>\n\n#include <cstdint>\n\n',
+         '#include <qel/platform/export.h>\n\n#include <cstdint>\n\n',
          '/// Keyword tokens of the management interface.\n',
          'enum GS_TokenValues : std::uint32_t {\n  tGS_NoToken = 0,\n']
     for kw, tok in ordered:
@@ -41,7 +41,7 @@ def generate(src, out_h, out_cpp):
             i = (i + 1) & (HASH_SLOTS - 1)
         slots[i] = tok
 
-    c = [head, '#include <platform/keywords.h>\n\n']
+    c = [head, '#include <qel/platform/keywords.h>\n\n']
     for kw, _ in ordered:
         c.append(f'const char pGS{genlib.identifier(kw)}[] = {genlib.cstring(kw)};\n')
     c.append('\nnamespace strings {\nnamespace detail {\n\n')

@@ -500,7 +500,7 @@ int run(int argc, char **argv) {
   // The library reports through the platform log; a terminal user sees only
   // the output unless QEL_LOG asks for the diagnostics too.
   if (!std::getenv("QEL_LOG"))
-    framework::Logger::setSink([](const framework::LogRecord &) {});
+    framework::Logger::setSink([](const framework::LogRecord &, void *) {});
 
   Options o = parse(argc, argv);
   if (o.words.empty())

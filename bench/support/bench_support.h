@@ -5,6 +5,10 @@
 #define QEL_BENCH_SUPPORT_H
 
 #include <qel/qel.h>
+#include <qel/renderers/cli_ConsoleRenderer.h>
+#include <qel/renderers/cli_JSONRenderer.h>
+#include <qel/renderers/cli_TagRenderer.h>
+#include <qel/renderers/cli_XMLRenderer.h>
 
 #include <atomic>
 #include <cstdio>
@@ -22,7 +26,7 @@ inline void start() {
   static bool started = [] {
     // Benchmarks measure output, not diagnostics: keep log lines (such as
     // the tag renderer's missing-element reports) off the terminal.
-    framework::Logger::setSink([](const framework::LogRecord &) {});
+    framework::Logger::setSink([](const framework::LogRecord &, void *) {});
     init_FieldNames();
     init_LocaleFieldNames();
     initGSables();

@@ -1,7 +1,7 @@
 // Dictionary tables and their lookups.
 #include <qel/fieldnames/fieldnames.h>
 
-#include <platform/framework.h>
+#include <qel/platform/framework.h>
 #include <qel/internal.h>
 
 #include <algorithm>

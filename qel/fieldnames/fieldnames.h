@@ -9,9 +9,9 @@
 #ifndef QEL_FIELDNAMES_FIELDNAMES_H
 #define QEL_FIELDNAMES_FIELDNAMES_H
 
-#include <platform/export.h>
-#include <platform/keywords.h>
-#include <platform/locale.h>
+#include <qel/platform/export.h>
+#include <qel/platform/keywords.h>
+#include <qel/platform/locale.h>
 
 #include <cstdint>
 

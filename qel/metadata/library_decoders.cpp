@@ -1,7 +1,7 @@
 // The enumeration decoders that the library defines for the user and
 // scheduler services: each writes a token setting's numeric code.
-#include <platform/streams.h>
-#include <platform/user.h>
+#include <qel/platform/streams.h>
+#include <qel/platform/user.h>
 
 namespace services {
 namespace user {

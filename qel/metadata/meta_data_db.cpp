@@ -3,12 +3,12 @@
 
 #include <qel/fieldnames/fieldnames.h>
 
-#include <platform/debug.h>
-#include <platform/framework.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/framework.h>
 
 #include <climits>
 
-std::atomic<TableMetaDataManager *> TableMetaDataManager::m_Instance{nullptr};
+TableMetaDataManager *TableMetaDataManager::m_Instance = nullptr;
 
 namespace {
 constexpr unsigned kRegistryDebug = 1192; // the descriptor API's category
@@ -93,12 +93,12 @@ TableMetaDataManager::TableMetaDataManager() : currentLocale(LOCALE_EN) {
 
 TableMetaDataManager *
 TableMetaDataManager::getTableMetaDataManager(LocaleCode locale) {
-  TableMetaDataManager *instance = m_Instance.load(std::memory_order_acquire);
+  TableMetaDataManager *instance = __atomic_load_n(&m_Instance, __ATOMIC_ACQUIRE);
   if (!instance) {
     // Created once, even when the first calls race.
     static TableMetaDataManager *const created = new TableMetaDataManager();
     instance = created;
-    m_Instance.store(instance, std::memory_order_release);
+    __atomic_store_n(&m_Instance, instance, __ATOMIC_RELEASE);
   }
   instance->setLocale(locale);
   return instance;
@@ -107,12 +107,12 @@ TableMetaDataManager::getTableMetaDataManager(LocaleCode locale) {
 void TableMetaDataManager::setLocale(LocaleCode locale) {
   // Every fill passes through here; storing only on a change keeps the shared
   // field from bouncing between the cores of concurrent command handlers.
-  if (currentLocale.load(std::memory_order_relaxed) != locale)
-    currentLocale.store(locale, std::memory_order_relaxed);
+  if (__atomic_load_n(&currentLocale, __ATOMIC_RELAXED) != locale)
+    __atomic_store_n(&currentLocale, static_cast<std::uint32_t>(locale), __ATOMIC_RELAXED);
 }
 
 LocaleCode TableMetaDataManager::getLocale() const {
-  return static_cast<LocaleCode>(currentLocale.load(std::memory_order_relaxed));
+  return static_cast<LocaleCode>(__atomic_load_n(&currentLocale, __ATOMIC_RELAXED));
 }
 
 int TableMetaDataManager::getTableIndex(GS_TokenValues token) const {
@@ -204,7 +204,7 @@ void TableMetaDataManager::addTable(GS_TokenValues token,
 void TableMetaDataManager::SetColumnPrint(GS_TokenValues table,
                                           GS_TokenValues column, bool print,
                                           bool draw) {
-  TableMetaDataManager *instance = m_Instance.load(std::memory_order_acquire);
+  TableMetaDataManager *instance = __atomic_load_n(&m_Instance, __ATOMIC_ACQUIRE);
   if (!instance) {
     logErrorPrint(
         "TableMetaDataManager::SetColumnPrint: No TableMetaDataManager instance!");

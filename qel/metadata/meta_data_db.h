@@ -8,12 +8,11 @@
 #ifndef QEL_METADATA_META_DATA_DB_H
 #define QEL_METADATA_META_DATA_DB_H
 
-#include <platform/export.h>
-#include <platform/keywords.h>
-#include <platform/locale.h>
-#include <platform/user.h>
+#include <qel/platform/export.h>
+#include <qel/platform/keywords.h>
+#include <qel/platform/locale.h>
+#include <qel/platform/user.h>
 
-#include <atomic>
 #include <cstdint>
 
 namespace utility {
@@ -70,13 +69,14 @@ public:
   PropertyFlag(const PropertyFlag &other) : m_on(bool(other)) {}
   PropertyFlag &operator=(const PropertyFlag &other) { return *this = bool(other); }
   PropertyFlag &operator=(bool on) {
-    m_on.store(on, std::memory_order_relaxed);
+    __atomic_store_n(&m_on, on, __ATOMIC_RELAXED);
     return *this;
   }
-  operator bool() const { return m_on.load(std::memory_order_relaxed); }
+  operator bool() const { return __atomic_load_n(&m_on, __ATOMIC_RELAXED); }
 
 private:
-  std::atomic<bool> m_on;
+  // The compiler's atomic built-ins keep <atomic> out of the public headers.
+  bool m_on;
 };
 
 /// The definition of one property (column) of a table. Catalogue arrays of
@@ -109,9 +109,10 @@ QEL_API const char *getSortType(SortType type);
 QEL_API ColumnDataType getColumnType(GS_TokenValues table, int column);
 
 /// The definition of one table. Created by the registry, never deleted.
-class QEL_API TableMetaData {
+/// (Exported member by member: QEL_API marks the API, nothing else is ABI.)
+class TableMetaData {
 public:
-  TableMetaData(GS_TokenValues tableId, PropertyMetaData *properties,
+  QEL_API TableMetaData(GS_TokenValues tableId, PropertyMetaData *properties,
                 int numColumns, bool wbi, const char *primaryKey,
                 const char *parentBasetype, const char *parentKeyProp);
 
@@ -128,14 +129,14 @@ public:
 
   /// Writes this table's metadata in the family of \p type with object id
   /// \p oid and labels in \p locale.
-  void renderMetaData(utility::PutStream *stream,
+  QEL_API void renderMetaData(utility::PutStream *stream,
                       services::user::Preferences::OutputType type, int oid,
                       LocaleCode locale);
   /// One property element (the "-numeric" companion when \p numeric).
-  void renderPropertyMetaDataXML(utility::PutStream *stream, int column,
+  QEL_API void renderPropertyMetaDataXML(utility::PutStream *stream, int column,
                                  bool numeric, LocaleCode locale);
   /// One APIProp call (the "-numeric" companion when \p numeric).
-  void renderPropertyMetaDataJSON(utility::PutStream *stream, int column,
+  QEL_API void renderPropertyMetaDataJSON(utility::PutStream *stream, int column,
                                   bool numeric, LocaleCode locale);
 
 private:
@@ -151,7 +152,7 @@ private:
 /// The registry of table definitions.
 QEL_API void initGSables();
 
-class QEL_API TableMetaDataManager {
+class TableMetaDataManager {
 public:
   /// Registry slots addressed by table index (0..132).
   static constexpr int kIndexedSlots = 133;
@@ -162,21 +163,21 @@ public:
 
   /// The registry, created on the first call; records \p locale as the
   /// current locale. Never null.
-  static TableMetaDataManager *getTableMetaDataManager(LocaleCode locale);
+  QEL_API static TableMetaDataManager *getTableMetaDataManager(LocaleCode locale);
   /// Changes the print and draw defaults of the first property of \p table
   /// whose keyword is \p column. Logs (logErrorPrint) when there is no
   /// registry, no such table or no such column. Safe from any thread at any
   /// time; descriptors created afterwards take the new defaults, existing
   /// ones keep theirs (see PropertyFlag).
-  static void SetColumnPrint(GS_TokenValues table, GS_TokenValues column,
+  QEL_API static void SetColumnPrint(GS_TokenValues table, GS_TokenValues column,
                              bool print, bool draw);
 
-  void setLocale(LocaleCode locale);
-  LocaleCode getLocale() const;
+  QEL_API void setLocale(LocaleCode locale);
+  QEL_API LocaleCode getLocale() const;
   /// Entry token - 1 of BaseTypeLookupTable; 0 outside 1..7626.
-  int getTableIndex(GS_TokenValues token) const;
+  QEL_API int getTableIndex(GS_TokenValues token) const;
   /// The table of a basetype token, or null.
-  TableMetaData *getTable(GS_TokenValues token) const;
+  QEL_API TableMetaData *getTable(GS_TokenValues token) const;
   /// Most columns a table may have (a descriptor counts them in 16 bits).
   static constexpr int kMaxColumns = 65535;
   /// Largest size of a HEX_STRING property: 255 bytes shown as hex.
@@ -191,30 +192,31 @@ public:
   /// size outside 0..kMaxHexStringSize, or a negative STRING_N size, is
   /// logged and clamped into that range in \p properties. Registration
   /// happens at start-up, before other threads use the registry.
-  void addTable(GS_TokenValues token, PropertyMetaData *properties,
+  QEL_API void addTable(GS_TokenValues token, PropertyMetaData *properties,
                 int numColumns, bool wbi, const char *primaryKey,
                 const char *parentBasetype, const char *parentKeyProp);
   /// The table in \p slot (0..kSlots - 1), or null.
-  TableMetaData *getSlot(int slot) const;
+  QEL_API TableMetaData *getSlot(int slot) const;
 
   /// Writes the metadata document of the tables named by \p which (null or
   /// "all", "wbi", a basetype, or basetypes separated by commas) in the
   /// family of \p type, with labels in the current locale. Returns 0.
-  int renderMetaData(utility::PutStream *stream,
+  QEL_API int renderMetaData(utility::PutStream *stream,
                      services::user::Preferences::OutputType type,
                      const char *which);
   /// As above with the labels' locale given by the caller.
-  int renderMetaData(utility::PutStream *stream,
+  QEL_API int renderMetaData(utility::PutStream *stream,
                      services::user::Preferences::OutputType type,
                      const char *which, LocaleCode locale);
 
-  static std::atomic<TableMetaDataManager *> m_Instance;
+  /// The registry, once created (read and written atomically).
+  QEL_API static TableMetaDataManager *m_Instance;
 
 private:
   friend void initGSables();
   TableMetaDataManager();
 
-  std::atomic<std::uint32_t> currentLocale; ///< shared by all threads
+  std::uint32_t currentLocale; ///< shared by all threads (atomic access)
   TableMetaData *tables[kSlots];             ///< slot i: table index i
   int overflowUsed = 0;                      ///< overflow slots taken
   bool registeringCatalogue = false;         ///< inside initGSables

@@ -21,8 +21,8 @@
 #include <qel/fieldnames/fieldnames.h>
 #include <qel/renderers/cli_JSONRenderer.h>
 
-#include <platform/helpers.h>
-#include <platform/streams.h>
+#include <qel/platform/helpers.h>
+#include <qel/platform/streams.h>
 
 #include <strings.h>
 

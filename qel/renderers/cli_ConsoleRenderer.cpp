@@ -19,9 +19,9 @@
 
 #include <qel/internal.h>
 
-#include <platform/debug.h>
-#include <platform/framework.h>
-#include <platform/helpers.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/helpers.h>
 
 #include <algorithm>
 #include <cstring>

@@ -7,7 +7,7 @@
 /// Prints each descriptor in the layout of its consoleFormat, with English
 /// labels, wrapped to the screen width. Each descriptor is printed once: the
 /// renderer sets `printed` on it and skips descriptors already printed.
-class QEL_API ConsoleRenderer : public Renderer {
+class ConsoleRenderer : public Renderer {
 public:
   explicit ConsoleRenderer(services::user::Session *session);
   ConsoleRenderer(services::user::Session *session, utility::PutStream &stream);

@@ -14,7 +14,7 @@
 
 #include <qel/internal.h>
 
-#include <platform/helpers.h>
+#include <qel/platform/helpers.h>
 
 #include <cctype>
 #include <cstring>

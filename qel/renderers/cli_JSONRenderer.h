@@ -8,7 +8,7 @@
 /// Writes one constructor call per row, in storage order, with one APIProp
 /// per column (and a "-numeric" companion where the numeric form differs);
 /// nested tables are calls inside the holding row's list.
-class QEL_API JSONRenderer : public Renderer {
+class JSONRenderer : public Renderer {
 public:
   explicit JSONRenderer(services::user::Session *session);
   ~JSONRenderer() override;

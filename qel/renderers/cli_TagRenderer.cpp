@@ -15,8 +15,8 @@
 
 #include <qel/internal.h>
 
-#include <platform/debug.h>
-#include <platform/helpers.h>
+#include <qel/platform/debug.h>
+#include <qel/platform/helpers.h>
 
 #include <string>
 

@@ -7,7 +7,7 @@
 /// Writes each chain as one element named by the dictionary's tag name of
 /// its first table, rows as elements of the object name, and one element
 /// per column; nested tables inside the row that holds them.
-class QEL_API TagRenderer : public Renderer {
+class TagRenderer : public Renderer {
 public:
   explicit TagRenderer(services::user::Session *session);
   ~TagRenderer() override;

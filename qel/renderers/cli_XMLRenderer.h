@@ -16,7 +16,7 @@ struct Associations {
 /// keeps only the type among the metadata attributes; the XML2 form
 /// (OUTPUT_XML2, OUTPUT_XML2_BRIEF) pairs every object with its holder in a
 /// COMP element and writes nested tables after the holding object.
-class QEL_API XMLRenderer : public Renderer {
+class XMLRenderer : public Renderer {
 public:
   /// Nested tables one object may hold in the XML2 form.
   static constexpr int kMaxAssociations = 50;

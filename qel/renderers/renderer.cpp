@@ -12,8 +12,8 @@
 
 #include <qel/internal.h>
 
-#include <platform/framework.h>
-#include <platform/helpers.h>
+#include <qel/platform/framework.h>
+#include <qel/platform/helpers.h>
 
 #include <algorithm>
 #include <cctype>

@@ -14,16 +14,16 @@
 #ifndef QEL_RENDERERS_RENDERER_H
 #define QEL_RENDERERS_RENDERER_H
 
-#include <platform/export.h>
-#include <platform/locale.h>
-#include <platform/streams.h>
-#include <platform/user.h>
+#include <qel/platform/export.h>
+#include <qel/platform/locale.h>
+#include <qel/platform/streams.h>
+#include <qel/platform/user.h>
 #include <qel/cli_qel.h>
 
 #include <cstddef>
 #include <cstdint>
 
-class QEL_API Renderer {
+class Renderer {
 public:
   /// Nested tables printed below a top-level table, at most.
   static constexpr int kMaxDepth = 64;

@@ -5,8 +5,9 @@
 #include <qel/internal.h>
 #include <qel/metadata/meta_data_db.h>
 
-#include <platform/framework.h>
+#include <qel/platform/framework.h>
 
+#include <atomic>
 #include <mutex>
 
 namespace {
@@ -30,7 +31,7 @@ void QEL_Start() {
 namespace services {
 namespace qel {
 
-std::atomic<Qel *> Qel::m_Qel{nullptr};
+Qel *Qel::m_Qel = nullptr;
 framework::ServiceInfoData Qel::m_serviceInfoData = {{635, 635, 1981}};
 
 framework::ServiceFactory *pFactoryQel = new framework::ServiceFactory(BuildQel, pGSQel);
@@ -51,12 +52,12 @@ bool Qel::Shutdown() { return framework::Service::Shutdown(); }
 const framework::ServiceInfoData *Qel::serviceInfo() const { return &m_serviceInfoData; }
 
 Qel &Qel::getQel() {
-  if (Qel *cached = m_Qel.load(std::memory_order_acquire))
+  if (Qel *cached = __atomic_load_n(&m_Qel, __ATOMIC_ACQUIRE))
     return *cached;
   static const char kMethod[] = "static services::qel::Qel& services::qel::Qel::getQel()";
   framework::Service *service = framework::Container::getContainer()->findService(pGSQel);
   if (Qel *found = dynamic_cast<Qel *>(service)) {
-    m_Qel.store(found, std::memory_order_release);
+    __atomic_store_n(&m_Qel, found, __ATOMIC_RELEASE);
     return *found;
   }
   framework::Logger::StaticLogMethod(0, kMethod, __LINE__, "Unable to find Qel Service.");

@@ -3,10 +3,9 @@
 #ifndef QEL_SERVICE_QEL_QEL_H
 #define QEL_SERVICE_QEL_QEL_H
 
-#include <platform/export.h>
-#include <platform/service.h>
+#include <qel/platform/export.h>
+#include <qel/platform/service.h>
 
-#include <atomic>
 
 /// Builds the dictionary (init_FieldNames, init_LocaleFieldNames) and then
 /// registers the catalogue (initGSables), in that order, once per process:
@@ -37,7 +36,7 @@ public:
   /// Available") when the container has no such service.
   static Qel &getQel();
 
-  static std::atomic<Qel *> m_Qel;
+  static Qel *m_Qel; ///< read and written atomically
   static framework::ServiceInfoData m_serviceInfoData;
 };
 

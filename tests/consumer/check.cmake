@@ -30,7 +30,9 @@ if(NOT rc EQUAL 0)
   message(FATAL_ERROR "pkg-config does not find qel")
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
-run(c++ -std=c++17 ${SOURCE_DIR}/main.cpp ${flags} -o ${WORK_DIR}/consumer-pc)
+# The headers compile clean with the consumer's strictest usual warnings.
+run(c++ -std=c++17 -Wall -Wextra -pedantic -Werror ${SOURCE_DIR}/main.cpp ${flags}
+    -o ${WORK_DIR}/consumer-pc)
 run(${WORK_DIR}/consumer-pc)
 
 run(c++ -std=c++17 ${EXAMPLE} ${flags} -o ${WORK_DIR}/hello)

@@ -29,15 +29,16 @@ TEST(Logger, RecordsKeepRouteTypeSourceAndWholeText) {
 
 TEST(Logger, SinksNestAndTheDefaultWritesOneLineWithoutDebug) {
   int first = 0, second = 0;
-  auto original = framework::Logger::setSink([&](const framework::LogRecord &) { ++first; });
-  auto previous = framework::Logger::setSink([&](const framework::LogRecord &) { ++second; });
+  auto count = [](const framework::LogRecord &, void *n) { ++*static_cast<int *>(n); };
+  auto original = framework::Logger::setSink(count, &first);
+  auto previous = framework::Logger::setSink(count, &second);
   logErrorPrint("one");
   framework::Logger::setSink(previous); // setSink hands back the sink it replaced
   logErrorPrint("two");
   EXPECT_EQ(first, 1);
   EXPECT_EQ(second, 1);
 
-  framework::Logger::setSink(nullptr); // the default sink
+  framework::Logger::setSink(framework::Logger::Sink{}); // the default sink
   testing::internal::CaptureStderr();
   logDebugPrint("hidden\n");
   logErrorPrint("visible\n");
@@ -56,12 +57,12 @@ TEST(Memory, FaultInjection) {
                {2, true, "++---"},  {-1, false, "+++++"}};
   for (const auto &c : cases) {
     long live = Memory::liveAllocations();
-    Memory::setFailAfter(c.n, c.persistent);
+    framework::testing::setFailAfter(c.n, c.persistent);
     std::string got;
     void *blocks[5];
     for (auto &b : blocks)
       got += (b = Memory::StaticAlloc(16)) ? '+' : '-';
-    Memory::setFailAfter(-1);
+    framework::testing::setFailAfter(-1);
     EXPECT_EQ(got, c.expected);
     for (auto &b : blocks)
       Memory::StaticFree(b);

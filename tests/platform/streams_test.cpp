@@ -168,9 +168,9 @@ TEST(BufferStream, StorageComesFromTheFrameworkAllocator) {
   EXPECT_EQ(framework::Memory::liveAllocations(), before);
 
   // Without storage every write is dropped or raises.
-  framework::Memory::setFailAfter(0);
+  framework::testing::setFailAfter(0);
   BufferStream s(64);
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   EXPECT_EQ(s.Capacity(), 0);
   EXPECT_STREQ(s.pTail(), "");
   s.setSilentTruncation(true);

@@ -94,7 +94,7 @@ protected:
     } catch (...) {
       ADD_FAILURE() << "exception escaped";
     }
-    framework::Memory::setFailAfter(-1);
+    framework::testing::setFailAfter(-1);
     r.document = out_.pTail();
     for (const auto &record : log.records)
       r.log.push_back(record.text);
@@ -112,7 +112,7 @@ protected:
         SCOPED_TRACE(testing::Message() << what << ", allocation " << i
                                         << (persistent ? " and all after it" : " alone"));
         const long live = framework::Memory::liveAllocations();
-        framework::Memory::setFailAfter(i, persistent);
+        framework::testing::setFailAfter(i, persistent);
         const Outcome r = run(part, type);
         EXPECT_EQ(framework::Memory::liveAllocations(), live) << "leaked blocks";
         bool reported = r.refused;

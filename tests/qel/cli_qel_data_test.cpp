@@ -197,10 +197,10 @@ TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   QEL_FillColumnString(&session_, d_, 4, 1, "short");
   EXPECT_STREQ(text(1, 4), "short");
   const std::string huge(5000, 'x');
-  framework::Memory::setFailAfter(0, true);
+  framework::testing::setFailAfter(0, true);
   QEL_FillColumnString(&session_, d_, 4, 0, huge.c_str());
   QEL_FillColumnString(&session_, d_, 4, 2, huge.c_str());
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   EXPECT_STREQ(text(0, 4), "kept");
   EXPECT_EQ(cell(2, 4), 0u);
   EXPECT_EQ(d_->numRows, 3) << "the row count was raised before the copy";

@@ -98,7 +98,7 @@ TEST_F(Print, UnrecognisedOutputType) {
   EXPECT_EQ(print(static_cast<Preferences::OutputType>(tGSvolumes), true, true, "r"),
             "Error: Unrecognized output format (line - 649)type 90 (volumes)\n");
   ASSERT_EQ(log.records.size(), 1u);
-  const framework::LogRecord &r = log.records[0];
+  const auto &r = log.records[0];
   EXPECT_EQ(std::make_tuple(r.route, r.type, r.line, r.text),
             std::make_tuple(Route::Log, 0, 648,
                             std::string("ERROR: Unrecognized output format 90 (volumes)")));

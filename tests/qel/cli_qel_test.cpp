@@ -28,10 +28,10 @@ TEST_F(Descriptor, FailuresAndNullArguments) {
   EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, -1, 0), nullptr);
   EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, 0x7fffffff, 0), nullptr);
   for (long k : {0, 1}) { // the block, then the column array
-    framework::Memory::setFailAfter(k);
+    framework::testing::setFailAfter(k);
     EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
   }
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   QEL_link(nullptr, nullptr);
   QEL_Free(nullptr);
   utility::Debug::setDebugOn(1192, false);
@@ -105,9 +105,9 @@ TEST_F(Descriptor, FreeReleasesEverythingEvenAfterAllocationFailures) {
   for (bool persistent : {false, true}) {
     for (long k = 0; k < calls; ++k) {
       SCOPED_TRACE("allocation " + std::to_string(k) + (persistent ? " on" : ""));
-      framework::Memory::setFailAfter(k, persistent);
+      framework::testing::setFailAfter(k, persistent);
       workflow(&session_);
-      framework::Memory::setFailAfter(-1);
+      framework::testing::setFailAfter(-1);
       ASSERT_EQ(framework::Memory::liveAllocations(), baseline_);
     }
   }

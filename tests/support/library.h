@@ -3,6 +3,7 @@
 #ifndef QEL_TESTS_SUPPORT_LIBRARY_H
 #define QEL_TESTS_SUPPORT_LIBRARY_H
 
+#include "support/internals.h"
 #include "support/log_capture.h"
 
 #include <mutex>

@@ -2,6 +2,7 @@
 #ifndef QEL_TESTS_SUPPORT_LOG_CAPTURE_H
 #define QEL_TESTS_SUPPORT_LOG_CAPTURE_H
 
+#include <qel/platform/testing.h>
 #include <qel/qel.h>
 
 #include <string>
@@ -14,10 +15,22 @@ namespace qeltest {
 class LogCapture {
 public:
   using Route = framework::LogRecord::Route;
+  /// A record as the sink saw it, its text copied.
+  struct Record {
+    Route route;
+    int type;
+    const char *function;
+    int line;
+    std::string text;
+  };
 
   LogCapture() {
     previous_ = framework::Logger::setSink(
-        [this](const framework::LogRecord &r) { records.push_back(r); });
+        [](const framework::LogRecord &r, void *self) {
+          static_cast<LogCapture *>(self)->records.push_back(
+              {r.route, r.type, r.function, r.line, r.text});
+        },
+        this);
   }
   ~LogCapture() { framework::Logger::setSink(previous_); }
   LogCapture(const LogCapture &) = delete;
@@ -33,7 +46,7 @@ public:
   }
   void clear() { records.clear(); }
 
-  std::vector<framework::LogRecord> records;
+  std::vector<Record> records;
 
 private:
   framework::Logger::Sink previous_;

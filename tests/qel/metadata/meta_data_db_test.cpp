@@ -11,6 +11,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -251,9 +252,9 @@ TEST_F(Registry, SetColumnPrint) {
 
   TableMetaDataManager::SetColumnPrint(tGSevents, tGSrpm, true, true);
   TableMetaDataManager::SetColumnPrint(tGSsnmp_2Dusers, tGSrpm, true, true);
-  TableMetaDataManager *saved = TableMetaDataManager::m_Instance.exchange(nullptr);
+  TableMetaDataManager *saved = std::exchange(TableMetaDataManager::m_Instance, nullptr);
   TableMetaDataManager::SetColumnPrint(tGSevents, tGSmessage, true, true);
-  TableMetaDataManager::m_Instance.store(saved);
+  TableMetaDataManager::m_Instance = saved;
   EXPECT_EQ(log.texts(Route::Error),
             (std::vector<std::string>{
                 "TableMetaDataManager::SetColumnPrint: Column rpm not found in table events!",

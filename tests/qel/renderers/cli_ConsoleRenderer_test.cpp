@@ -161,9 +161,9 @@ TEST_F(Console, NullDescriptorAndAllocationFailures) {
     LogCapture failures;
     ConsoleRenderer r(&session_);
     out_.Rewind();
-    framework::Memory::setFailAfter(c.failAt);
+    framework::testing::setFailAfter(c.failAt);
     r.PrintTable(a, 0, 0);
-    framework::Memory::setFailAfter(-1);
+    framework::testing::setFailAfter(-1);
     EXPECT_EQ(out_.pTail(), c.output) << c.failAt;
     EXPECT_EQ(b->printed, 0) << "the rest of the chain is skipped";
     ASSERT_EQ(failures.records.size(), 1u) << c.failAt;

@@ -195,9 +195,9 @@ TEST_F(Xml, MissingRowOrderStopsTheChain) {
   LogCapture log;
   XMLRenderer renderer(&session_);
   out_.Rewind();
-  framework::Memory::setFailAfter(allocations - 1); // the row order comes last
+  framework::testing::setFailAfter(allocations - 1); // the row order comes last
   renderer.PrintTable(a, 0, 0);
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   EXPECT_STREQ(out_.pTail(), "");
   ASSERT_EQ(log.records.size(), 1u);
   EXPECT_EQ(log.records[0].text, "malloc failed");

@@ -140,9 +140,9 @@ TEST_F(Format, JsonEscapesTexts) {
   session_.getPreferences().setOutputFormat(Preferences::OUTPUT_JSON);
   Formatter f(&session_);
   utility::BufferStream value(64), numeric(64);
-  framework::Memory::setFailAfter(0, true);
+  framework::testing::setFailAfter(0, true);
   f.FormatData(d_, 4, 0, value, numeric, false);
-  framework::Memory::setFailAfter(-1);
+  framework::testing::setFailAfter(-1);
   EXPECT_STREQ(value.pTail(), "say \\\"hi\\\"\\\\now\\n\\r");
 }
 

@@ -16,7 +16,7 @@ using services::qel::Qel;
 // Forget any service a previous test built in this process.
 void resetContainer() {
   framework::Container::getContainer()->removeService(pGSQel);
-  Qel::m_Qel.store(nullptr);
+  Qel::m_Qel = nullptr;
 }
 
 TEST(QelService, GetQelWithoutTheServiceLogsAndThrows) {
@@ -39,7 +39,7 @@ TEST(QelService, GetQelWithoutTheServiceLogsAndThrows) {
   EXPECT_EQ(log.records[0].type, 0);
   EXPECT_STREQ(log.records[0].function, error->function());
   EXPECT_GT(log.records[0].line, 0);
-  EXPECT_EQ(Qel::m_Qel.load(), nullptr) << "a failure is not cached";
+  EXPECT_EQ(Qel::m_Qel, nullptr) << "a failure is not cached";
 }
 
 TEST(QelService, TheLoadTimeFactoryBuildsItOnceAndGetQelFindsIt) {
