@@ -22,8 +22,12 @@ enum LocaleCode : std::uint32_t {
   LOCALE_KO = 2072,
 };
 
-/// The calling thread's locale as an index 0..9 (LOCALE_EN is 0, then the
-/// LocaleCode order); 0 until the thread sets one.
+/// The thread-locale index of a locale: its place in the LocaleCode order,
+/// LOCALE_EN being 0.
+constexpr int localeIndex(LocaleCode locale) { return static_cast<int>(locale - LOCALE_EN); }
+
+/// The calling thread's locale as an index 0..9 (localeIndex); 0 until the
+/// thread sets one.
 QEL_API int getThreadLocale();
 /// Sets the calling thread's locale index; values outside 0..9 become 0.
 QEL_API void setThreadLocale(int index);

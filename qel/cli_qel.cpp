@@ -530,6 +530,11 @@ const char kDtd[] =
     "<!ELEMENT LOG_CONTENT (#PCDATA)>\n"
     "] >\n";
 
+// The source lines the unknown-output-type error has always carried, in the
+// log record and in the printed text; log readers and clients match on them.
+constexpr int kUnknownTypeLogLine = 648;
+constexpr int kUnknownTypeTextLine = 649;
+
 void debugPrint(const char *line) {
   if (IsDebugOn(kDebugPrint))
     logDebugPrint("%s", line);
@@ -604,8 +609,9 @@ void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
         0,
         "void QEL_Print_Data(QEL_DESC*, services::user::Session*, "
         "utility::PutStream&, bool, bool, const char*)",
-        648, "ERROR: Unrecognized output format %d (%s)", static_cast<int>(type), text);
-    stream.PutF("Error: Unrecognized output format (line - %d)type %d (%s)\n", 649,
+        kUnknownTypeLogLine, "ERROR: Unrecognized output format %d (%s)", static_cast<int>(type),
+        text);
+    stream.PutF("Error: Unrecognized output format (line - %d)type %d (%s)\n", kUnknownTypeTextLine,
                 static_cast<int>(type), text);
     break;
   }

@@ -7,15 +7,15 @@
 #include <algorithm>
 #include <cctype>
 
-FieldNameEntry fields[999];
-LocaleFieldTable locale_fields[9];
-std::uint32_t MetaDataLookupTable[7626];
-std::int32_t BaseTypeLookupTable[7626];
-const char *xmlName[7626];
+FieldNameEntry fields[kFieldSlots];
+LocaleFieldTable locale_fields[kLocaleBlocks];
+std::uint32_t MetaDataLookupTable[kTokenSlots];
+std::int32_t BaseTypeLookupTable[kTokenSlots];
+const char *xmlName[kTokenSlots];
 
 namespace {
 
-constexpr unsigned kMaxToken = 7626;
+constexpr unsigned kMaxToken = strings::StringRepository::kMaxToken;
 
 // Field index of a token, 0 when it is outside the token space or has none.
 std::uint32_t fieldOf(long long token) {
@@ -148,11 +148,12 @@ char *strlwr(char *s) {
 
 char getDecimalPointForCurrentTask() {
   switch (getThreadLocale()) {
-  case 1: // Spanish
-  case 2: // French
-  case 3: // German
-  case 4: // Italian
-  case 6: // Dutch
+  // The locales that write a decimal comma.
+  case localeIndex(LOCALE_ES):
+  case localeIndex(LOCALE_FR):
+  case localeIndex(LOCALE_DE):
+  case localeIndex(LOCALE_IT):
+  case localeIndex(LOCALE_NL):
     return ',';
   default:
     return '.';

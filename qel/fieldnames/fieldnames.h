@@ -24,6 +24,15 @@ struct FieldName {
   const char *label;        ///< never empty; also the field's console name
 };
 
+/// Sizes of the dictionary tables. They are part of the tables' declared
+/// types, so they are fixed for the life of the ABI: field indices run
+/// 1..998 (entry 0 unused) and the token space 1..7626 is the keyword
+/// repository's (StringRepository::kMaxToken).
+constexpr int kFieldSlots = 999;
+constexpr int kTokenSlots = static_cast<int>(strings::StringRepository::kMaxToken);
+/// Locale blocks of locale_fields: the nine locales after English.
+constexpr int kLocaleBlocks = 9;
+
 /// A field's record array in one locale.
 struct FieldNameEntry {
   std::uint8_t length;      ///< records (English entries only; 0 elsewhere)
@@ -33,19 +42,19 @@ struct FieldNameEntry {
 /// The field texts of one non-English locale.
 struct LocaleFieldTable {
   LocaleCode locale;
-  FieldNameEntry entries[999]; ///< indexed by field index
+  FieldNameEntry entries[kFieldSlots]; ///< indexed by field index
 };
 
 /// English field entries, indexed by field index (1..998; 0 unused).
-extern QEL_API FieldNameEntry fields[999];
+extern QEL_API FieldNameEntry fields[kFieldSlots];
 /// Nine locale blocks, LOCALE_ES (block 0) to LOCALE_KO (block 8).
-extern QEL_API LocaleFieldTable locale_fields[9];
+extern QEL_API LocaleFieldTable locale_fields[kLocaleBlocks];
 /// Slot t - 1: the field index of token t, 0 when token t has no field.
-extern QEL_API std::uint32_t MetaDataLookupTable[7626];
+extern QEL_API std::uint32_t MetaDataLookupTable[kTokenSlots];
 /// Slot t - 1: the table index of basetype token t, 0 when it has none.
-extern QEL_API std::int32_t BaseTypeLookupTable[7626];
+extern QEL_API std::int32_t BaseTypeLookupTable[kTokenSlots];
 /// Slot f: the tag-XML element name of field f (indexed by field index).
-extern QEL_API const char *xmlName[7626];
+extern QEL_API const char *xmlName[kTokenSlots];
 
 /// Fills fields, MetaDataLookupTable, BaseTypeLookupTable and xmlName.
 /// Allocates nothing; running it again leaves every table as it was.

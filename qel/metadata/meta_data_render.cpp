@@ -19,6 +19,7 @@
 #include <qel/metadata/meta_data_db.h>
 
 #include <qel/fieldnames/fieldnames.h>
+#include <qel/internal.h>
 #include <qel/renderers/cli_JSONRenderer.h>
 
 #include <qel/platform/helpers.h>
@@ -51,9 +52,12 @@ Family familyOf(services::user::Preferences::OutputType type) {
   }
 }
 
-const char *orEmpty(const char *s) { return s ? s : ""; }
 const char *flag(bool on) { return on ? "true" : "false"; }
 
+// The types whose properties the metadata documents describe with a
+// "-numeric" companion. ENUMTOKEN is not among them, although printed tables
+// give ENUMTOKEN cells a companion (Renderer::isNumericColumn): the metadata
+// documents have always omitted it and their readers expect them as they are.
 bool hasCompanion(ColumnDataType type) {
   switch (type) {
   case COLTYPE_ENUM:
@@ -75,9 +79,9 @@ struct Texts {
 Texts textsOf(const PropertyMetaData &p, GS_TokenValues table, LocaleCode locale) {
   const int token = static_cast<int>(p.keywordId);
   const int tableId = static_cast<int>(table);
-  return {orEmpty(getAPIName(p.keywordId)), orEmpty(getConsoleLabel(token, tableId, locale)),
-          orEmpty(getConsoleAbbreviation(token, tableId, locale)),
-          orEmpty(getConsoleDescription(token, tableId, locale))};
+  return {qel_detail::text(getAPIName(p.keywordId)), qel_detail::text(getConsoleLabel(token, tableId, locale)),
+          qel_detail::text(getConsoleAbbreviation(token, tableId, locale)),
+          qel_detail::text(getConsoleDescription(token, tableId, locale))};
 }
 
 } // namespace
@@ -136,7 +140,7 @@ void TableMetaData::renderMetaData(utility::PutStream *stream,
   const Family family = familyOf(type);
   if (family == Family::None)
     return;
-  const char *keyword = orEmpty(strings::GS.toString(tableId));
+  const char *keyword = qel_detail::text(strings::GS.toString(tableId));
   if (family == Family::Xml) {
     char lower[256];
     strcpyAssert(lower, keyword, sizeof lower);
@@ -174,8 +178,8 @@ void TableMetaData::renderMetaData(utility::PutStream *stream,
   else if (family == Family::Json)
     stream->PutF("\n    ], {basetype:\"%s\",name:\"meta\",oid:\"%d\",primaryKey:\"%s\","
                  "parentBasetype:\"%s\",parentKeyProp:\"%s\"})",
-                 keyword, oid, orEmpty(primaryKey), orEmpty(parentBasetype),
-                 orEmpty(parentKeyProp));
+                 keyword, oid, qel_detail::text(primaryKey), qel_detail::text(parentBasetype),
+                 qel_detail::text(parentKeyProp));
 }
 
 int TableMetaDataManager::renderMetaData(utility::PutStream *stream,
