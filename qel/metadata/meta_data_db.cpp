@@ -6,7 +6,9 @@
 #include <platform/debug.h>
 #include <platform/framework.h>
 
+#include <algorithm>
 #include <climits>
+#include <iterator>
 
 std::atomic<TableMetaDataManager *> TableMetaDataManager::m_Instance{nullptr};
 
@@ -136,6 +138,18 @@ TableMetaData *TableMetaDataManager::getTable(GS_TokenValues token) const {
 
 TableMetaData *TableMetaDataManager::getSlot(int slot) const {
   return slot >= 0 && slot < kSlots ? tables[slot] : nullptr;
+}
+
+TableMetaDataManager::SavedSlots TableMetaDataManager::saveSlots() const {
+  SavedSlots saved;
+  std::copy(std::begin(tables), std::end(tables), saved.tables);
+  saved.overflowUsed = overflowUsed;
+  return saved;
+}
+
+void TableMetaDataManager::restoreSlots(const SavedSlots &saved) {
+  std::copy(std::begin(saved.tables), std::end(saved.tables), tables);
+  overflowUsed = saved.overflowUsed;
 }
 
 void TableMetaDataManager::addTable(GS_TokenValues token,

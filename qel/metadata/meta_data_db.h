@@ -208,6 +208,17 @@ public:
                      services::user::Preferences::OutputType type,
                      const char *which, LocaleCode locale);
 
+  /// Test hook: the slots as they are, so that a test can register tables
+  /// of its own and put the registry back afterwards (tests/support). Not
+  /// for product code: registration happens once, at start-up.
+  struct SavedSlots {
+    TableMetaData *tables[kSlots];
+    int overflowUsed;
+  };
+  SavedSlots saveSlots() const;
+  /// Test hook: puts back slots saved by saveSlots(); deletes nothing.
+  void restoreSlots(const SavedSlots &saved);
+
   static std::atomic<TableMetaDataManager *> m_Instance;
 
 private:

@@ -185,7 +185,7 @@ template <typename R> long allocationsToRender(Preferences::OutputType type, int
 }
 
 TEST(RenderAllocations, NonePerRowOrCell) {
-  qeltest::registerFixtureTables();
+  qeltest::startLibrary();
   EXPECT_EQ(allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 10),
             allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 1000));
   EXPECT_EQ(allocationsToRender<XMLRenderer>(Preferences::OUTPUT_API, 10),
