@@ -35,23 +35,6 @@ std::vector<std::string> objectLines(const std::string &text) {
   return out;
 }
 
-// The brief forms, and an object name (with the console format); the golden
-// files pin the full forms.
-TEST_F(Xml, BriefAttributesAndObjectName) {
-  QEL_DESC *b = create(tGShost_2Dgroup_2Dview_2Dmappings, 1, tGSvolumes);
-  QEL_FillColumnString(&session_, b, 0, 0, "a");
-  QEL_FillColumnBlocks(&session_, b, 1, 0, "1");
-  const std::string brief =
-      "  <OBJECT basetype=\"host-group-view-mappings\" name=\"volumes\" oid=\"1\" "
-      "format=\"rows\">\n"
-      "    <PROPERTY name=\"name\" type=\"string\">a</PROPERTY>\n"
-      "    <PROPERTY name=\"size\" units=\"B\" type=\"string\">512.00B</PROPERTY>\n"
-      "    <PROPERTY name=\"size-numeric\" units=\"blocks512\" type=\"string\">1</PROPERTY>\n"
-      "  </OBJECT>\n";
-  EXPECT_EQ(print(b, Preferences::OUTPUT_API_BRIEF), brief);
-  EXPECT_EQ(print(b, Preferences::OUTPUT_XML2_BRIEF), "<COMP G=\"0\" P=\"1\"/>" + brief);
-}
-
 // Escaping, a column hidden at run time, a qualifier and units; the golden
 // files pin the companions.
 TEST_F(Xml, PropertyAttributesAndEscaping) {
@@ -139,26 +122,6 @@ TEST_F(Xml, ApiNestsTablesAndNumbersTheChain) {
   EXPECT_LT(text.find("oid=\"2\""), text.find("name=\"slot\""));
   EXPECT_NE(text.find("\n      <PROPERTY name=\"name\""), std::string::npos);
   EXPECT_LT(text.find(">vol-a<"), text.find(">vol-b<"));
-}
-
-TEST_F(Xml, Xml2WritesNestedTablesAfterTheHolder) {
-  // cache-settings holds two nested tables in two columns.
-  QEL_DESC *d = create(tGScache_2Dsettings, 2);
-  QEL_FillColumnEnum(&session_, d, 0, 0, 0);
-  QEL_FillColumnQEL(&session_, d, 1, 0, userRows({"n1"}));
-  QEL_FillColumnQEL(&session_, d, 2, 0, userRows({"n1", "n2"}));
-  QEL_FillColumnEnum(&session_, d, 0, 1, 1);
-  const std::string end = "  </OBJECT>", cache = "<OBJECT basetype=\"cache-settings\" "
-                                                   "name=\"cache-settings\" oid=",
-                    users = "<OBJECT basetype=\"snmp-users\" name=\"snmp-users\" oid=";
-  EXPECT_EQ(objectLines(print(d, Preferences::OUTPUT_XML2)),
-            (std::vector<std::string>{"<COMP G=\"0\" P=\"1\"/>  " + cache + "\"1\">", end,
-                                      "<COMP G=\"1\" P=\"2\"/>  " + users + "\"2\">", end,
-                                      "<COMP G=\"1\" P=\"3\"/>  " + users + "\"3\">", end,
-                                      "<COMP G=\"1\" P=\"4\"/>  " + users + "\"4\">", end,
-                                      "<COMP G=\"0\" P=\"5\"/>  " + cache + "\"5\">", end}));
-  EXPECT_NE(print(d, Preferences::OUTPUT_XML2_BRIEF).find("<COMP G=\"1\" P=\"2\"/>"),
-            std::string::npos);
 }
 
 TEST_F(Xml, ManyNestedTablesAreCappedWithALogLine) {
