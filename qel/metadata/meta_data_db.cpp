@@ -6,7 +6,9 @@
 #include <qel/platform/debug.h>
 #include <qel/platform/framework.h>
 
+#include <algorithm>
 #include <climits>
+#include <iterator>
 
 TableMetaDataManager *TableMetaDataManager::m_Instance = nullptr;
 

@@ -214,6 +214,10 @@ public:
 
 private:
   friend void initGSables();
+  /// The tests' seam (tests/support/registry.h): it saves the slots and puts
+  /// them back around a test's own registrations. Nothing of it is part of
+  /// the library.
+  friend class RegistryTestAccess;
   TableMetaDataManager();
 
   std::uint32_t currentLocale; ///< shared by all threads (atomic access)

@@ -17,9 +17,9 @@ using Preferences = services::user::Preferences;
 // library refused a descriptor, which the caller is told by the null.
 using Part = bool (*)(services::user::Session &);
 
-// A 50-row `managed-logs` table with a nested two-row `snmp-users` table in
-// every fifth row and a row of every cell type linked after it, printed as
-// a command handler prints it.
+// A 50-row `managed-logs` table, its texts refilled, with a nested chain of
+// `snmp-users` tables in every fifth row and a row of every cell type linked
+// after it, printed as a command handler prints it.
 bool printNested(services::user::Session &s) {
   QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 50, 0);
   if (!top)
@@ -28,16 +28,23 @@ bool printNested(services::user::Session &s) {
   char name[32];
   for (int r = 0; r < 50 && created; ++r) {
     std::snprintf(name, sizeof name, "entry <%02d> & \"more\"", r);
+    QEL_FillColumnString(&s, top, 0, r, "x"); // refilled: the first copy is released
     QEL_FillColumnString(&s, top, 0, r, name);
     QEL_FillColumnU32(&s, top, 2, r, static_cast<unsigned>(50 - r));
     if (r % 5)
       continue;
     QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
-    created = nested != nullptr;
+    QEL_DESC *chained = nested ? QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0) : nullptr;
+    created = chained != nullptr;
     for (int n = 0; n < 2 && nested; ++n) {
       QEL_FillColumnString(&s, nested, 0, n, n ? "second" : "first");
       QEL_FillColumnU32(&s, nested, 1, n, static_cast<unsigned>(r + n));
     }
+    if (!chained) {
+      QEL_Free(nested);
+      break;
+    }
+    QEL_link(nested, chained); // a chain in the cell
     QEL_FillColumnQEL(&s, top, 1, r, nested);
   }
   QEL_DESC *types = created ? QEL_Create(&s, tGSspares, tGSnone, 1, 0) : nullptr;

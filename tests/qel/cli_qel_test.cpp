@@ -13,15 +13,9 @@ using Session = services::user::Session;
 using Descriptor = qeltest::SessionTest;
 
 TEST_F(Descriptor, FailuresAndNullArguments) {
-  // The block size reported is (maxRows * columns + 10) * 4, whatever a
-  // cell's real size: 42 x 3, 19 x 10 and an empty table.
-  EXPECT_EQ(QEL_HowBig(own(QEL_Create(&session_, tGSvolumes, tGSnone, 3, 0))), 544);
-  EXPECT_EQ(QEL_HowBig(own(QEL_Create(&session_, tGSspares, tGSnone, 10, 0))), 800);
   QEL_DESC *empty = own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0));
   ASSERT_NE(empty, nullptr);
-  EXPECT_EQ(QEL_HowBig(empty), 40);
   EXPECT_EQ(empty->numRows, 0);
-  EXPECT_EQ(QEL_HowBig(nullptr), 0);
   LogCapture log;
   utility::Debug::setDebugOn(1192, true);
   EXPECT_EQ(QEL_Create(&session_, tGSserial_2Dnumber, tGSnone, 1, 0), nullptr);
@@ -54,63 +48,6 @@ TEST_F(Descriptor, RenameMatchesTheOriginalKeyword) {
   EXPECT_EQ(std::make_tuple(d->pColumns[4].keywordId, d->pColumns[4].displayId,
                             d->pColumns[5].keywordId, d->pColumns[5].displayId),
             std::make_tuple(tGSsize, tGStotal_2Dsize, tGStotal_2Dsize, tGSblocks));
-}
-
-// Hands \p child to \p holder (a cell, or the end of its chain); without a
-// holder the child is freed here, as a command handler would.
-void adopt(Session *s, QEL_DESC *holder, int column, QEL_DESC *child) {
-  if (!holder)
-    QEL_Free(child);
-  else if (column < 0)
-    QEL_link(holder, child);
-  else
-    QEL_FillColumnQEL(s, holder, column, 0, child);
-}
-
-// A one-row table of \p table with \p text in column \p c.
-QEL_DESC *one(Session *s, GS_TokenValues table, int c, const char *text) {
-  QEL_DESC *d = QEL_Create(s, table, tGSnone, 1, 0);
-  QEL_FillColumnString(s, d, c, 0, text);
-  return d;
-}
-
-// A command handler's whole path: texts, a refill, a chain, a nested chain
-// and a table nested two deep, all released by one QEL_Free.
-void workflow(Session *s) {
-  QEL_DESC *head = QEL_Create(s, tGSvolumes, tGSvolume_2Dname, 2, 0);
-  QEL_FillColumnString(s, head, 3, 0, "vol-a");
-  QEL_FillColumnString(s, head, 3, 1, "vol-b");
-  QEL_FillColumnString(s, head, 3, 1, "vol-b2"); // refill releases the old copy
-  QEL_FillColumnBlocks(s, head, 4, 0, "2048");
-  QEL_DESC *ctrl = one(s, tGScontrollers, 2, "SN");
-  QEL_DESC *health = one(s, tGSunhealthy_2Dcomponent, 5, "degraded");
-  adopt(s, health, -1, one(s, tGSunhealthy_2Dcomponent, 1, "disk_01.05"));
-  adopt(s, ctrl, 43, health);
-  QEL_DESC *port = QEL_Create(s, tGSport, tGSnone, 1, 0);
-  adopt(s, port, 12, one(s, tGSunhealthy_2Dcomponent, 2, "basetype"));
-  adopt(s, ctrl, 45, port);
-  adopt(s, head, -1, ctrl);
-  QEL_Free(head);
-}
-
-// Every block comes back, with all allocations working and with each one
-// failing in turn (once, and from then on); nothing crashes.
-TEST_F(Descriptor, FreeReleasesEverythingEvenAfterAllocationFailures) {
-  LogCapture log; // the failures are logged; keep them off stderr
-  long calls = framework::Memory::totalAllocations();
-  workflow(&session_);
-  calls = framework::Memory::totalAllocations() - calls;
-  ASSERT_GT(calls, 15);
-  ASSERT_EQ(framework::Memory::liveAllocations(), baseline_);
-  for (bool persistent : {false, true}) {
-    for (long k = 0; k < calls; ++k) {
-      SCOPED_TRACE("allocation " + std::to_string(k) + (persistent ? " on" : ""));
-      framework::testing::setFailAfter(k, persistent);
-      workflow(&session_);
-      framework::testing::setFailAfter(-1);
-      ASSERT_EQ(framework::Memory::liveAllocations(), baseline_);
-    }
-  }
 }
 
 // --- Sorting ----------------------------------------------------------------

@@ -77,7 +77,7 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
 }
 
 TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
-  qeltest::registerFixtureTables();
+  qeltest::FixtureTables tables;
   const Preferences::OutputType types[] = {
       Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
       Preferences::OUTPUT_XML2,    Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,

@@ -1,9 +1,9 @@
 // Test support: hand-made tables registered under basetypes that the
-// catalogue leaves free, and a fixture to print them.
+// catalogue leaves free, and a fixture that registers them for each test.
 #ifndef QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 #define QEL_TESTS_SUPPORT_FIXTURE_TABLES_H
 
-#include "support/library.h"
+#include "support/registry.h"
 
 #include <gtest/gtest.h>
 
@@ -66,27 +66,23 @@ inline PropertyMetaData blocksTable[2] = {
      nullptr}};
 #undef QEL_FIXTURE_COLUMN
 
-/// Starts the library and registers the fixture tables once per process.
-inline void registerFixtureTables() {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    startLibrary();
-    TableMetaDataManager *r = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);
-    r->addTable(tGSspares, typeTable, 19, true, pGSnone, pGSnone, pGSnone);
-    r->addTable(tGSsnmp_2Dusers, twoColumns, 2, true, pGSnone, pGSnone, pGSnone);
-    r->addTable(tGSsnap_2Dshot_2Dparameters, threeColumns, 3, true, pGSnone, pGSnone, pGSnone);
-    r->addTable(tGSmanaged_2Dlogs, nestTable, 3, true, pGSnone, pGSnone, pGSnone);
-    r->addTable(tGScopy_2Dvolume_2Dstatus, trackTable, 3, true, pGSnone, pGSnone, pGSnone);
-    r->addTable(tGShost_2Dgroup_2Dview_2Dmappings, blocksTable, 2, true, pGSnone, pGSnone,
-                pGSnone);
-  });
-}
+/// The fixture tables, registered for the lifetime of the object.
+class FixtureTables : public ScopedRegistry {
+public:
+  FixtureTables() {
+    add(tGSspares, typeTable, 19);
+    add(tGSsnmp_2Dusers, twoColumns, 2);
+    add(tGSsnap_2Dshot_2Dparameters, threeColumns, 3);
+    add(tGSmanaged_2Dlogs, nestTable, 3);
+    add(tGScopy_2Dvolume_2Dstatus, trackTable, 3);
+    add(tGShost_2Dgroup_2Dview_2Dmappings, blocksTable, 2);
+  }
+};
 
 /// A session writing to a buffer. The descriptors given to own() are freed
 /// after each test, and every library block must be back by then.
 class SessionTest : public testing::Test {
 protected:
-  static void SetUpTestSuite() { registerFixtureTables(); }
   void SetUp() override { baseline_ = framework::Memory::liveAllocations(); }
   void TearDown() override {
     for (QEL_DESC *d : owned_)
@@ -119,6 +115,7 @@ protected:
     return d;
   }
 
+  FixtureTables tables_;
   long baseline_ = 0;
   utility::BufferStream out_{1 << 20};
   services::user::Session session_{out_};

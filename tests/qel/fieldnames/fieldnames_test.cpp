@@ -1,13 +1,9 @@
-// The field-name dictionary: lookups, their fallbacks and their bounds, and
-// the table indices and element names against their source files.
+// The field-name dictionary: lookups, their fallbacks and bounds, the switch
+// that turns localization off, and texts clients are known to depend on.
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
-#include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,89 +18,81 @@ protected:
     init_FieldNames();
     init_LocaleFieldNames();
   }
-  static int fieldOf(unsigned token) { return MetaDataLookupTable[token - 1]; }
 };
 
-// The records of a dictionary source, each split at '|' with blanks trimmed.
-std::vector<std::vector<std::string>> sourceRecords(const std::string &name) {
-  std::ifstream in(std::string(QEL_SOURCE_DIR "/qel/fieldnames/dictionary/") + name);
-  std::vector<std::vector<std::string>> out;
-  for (std::string line; std::getline(in, line);) {
-    if (line.empty() || line[0] == '#')
-      continue;
-    std::vector<std::string> parts;
-    std::stringstream ss(line);
-    for (std::string part; std::getline(ss, part, '|');) {
-      auto b = part.find_first_not_of(' '), e = part.find_last_not_of(' ');
-      parts.push_back(b == std::string::npos ? "" : part.substr(b, e - b + 1));
-    }
-    out.push_back(parts);
+// The generated dictionary reaches the lookups: every locale, a variant
+// record by table, renamed and derived element names, table indices.
+TEST_F(Dictionary, TextsClientsDependOn) {
+  struct Case {
+    LocaleCode locale;
+    unsigned keyword, table;
+    const char *label, *abbreviation, *description;
+  } cases[] = {
+      {LOCALE_EN, tGSvirtual_2Ddisk_2Dname, 0, "Vdisk Name", "Vdisk", "User-defined name for the vdisk"},
+      {LOCALE_ES, tGSvirtual_2Ddisk_2Dname, 0, "Nombre del disco virtual", "Disco virtual",
+       "Nombre definido por el usuario para el disco virtual"},
+      {LOCALE_FR, tGSvirtual_2Ddisk_2Dname, 0, "Nom du disque virtuel", "Disque virtuel",
+       "Nom du disque virtuel défini par l'utilisateur"},
+      {LOCALE_DE, tGSvirtual_2Ddisk_2Dname, 0, "Name des virtuellen Datenträgers",
+       "Virtueller Datenträger", "Benutzerdefinierter Name für den virtuellen Datenträger"},
+      {LOCALE_IT, tGSvirtual_2Ddisk_2Dname, 0, "Nome disco virtuale", "Disco virtuale",
+       "Nome del disco virtuale definito dall'utente"},
+      {LOCALE_JP, tGSvirtual_2Ddisk_2Dname, 0, "仮想ディスク名", "仮想ディスク", "仮想ディスクに対応するユーザー定義の名前"},
+      {LOCALE_NL, tGSvirtual_2Ddisk_2Dname, 0, "Naam van v-disk", "V-disk", "Door gebruiker opgegeven naam voor de v-disk"},
+      {LOCALE_ZH_CHS, tGSvirtual_2Ddisk_2Dname, 0, "虚拟磁盘名称", "虚拟磁盘", "用户定义的虚拟磁盘名称"},
+      // The trailing blanks belong to the texts.
+      {LOCALE_ZH_CHT, tGSvirtual_2Ddisk_2Dname, 0, "虛擬磁碟名稱", "虛擬磁碟", "使用者定義的虛擬磁碟名稱 "},
+      {LOCALE_KO, tGSvirtual_2Ddisk_2Dname, 0, "가상 디스크 이름", "가상 디스크", "해당 가상 디스크에 대한 사용자 정의 이름 "},
+      {LOCALE_JP, tGSserial_2Dnumber, 0, "シリアル番号", "", ""},
+      {LOCALE_DE, tGStype, 0, "Typ", "", ""},
+      {LOCALE_DE, tGStype, tGStasks, "Aufgabentyp", "", "Typ des Vorgang"},
+      {LOCALE_DE, tGStype, tGSdrives, "Typ", "", "Der Typ des Datenträgers"},
+      {LOCALE_DE, tGStype, tGSvolumes, "Typ", "", ""}, // an empty text stays empty
+      {LOCALE_FR, tGSprimary_2Dip_2Daddress, 0, nullptr, nullptr, nullptr}, // no field
+      {static_cast<LocaleCode>(2073), tGStype, 0, "Type", "", ""}, // unknown locales: English
+      {static_cast<LocaleCode>(0), tGStype, 0, "Type", "", ""},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(std::string(strings::GS.toString(c.keyword)) + " in locale " + std::to_string(c.locale));
+    const int table = static_cast<int>(c.table);
+    EXPECT_STREQ(getConsoleLabel(c.keyword, table, c.locale), c.label);
+    EXPECT_STREQ(getConsoleAbbreviation(c.keyword, table, c.locale), c.abbreviation);
+    EXPECT_STREQ(getConsoleDescription(c.keyword, table, c.locale), c.description);
   }
-  return out;
-}
-
-TEST_F(Dictionary, ElementNamesMatchTheirSource) {
-  std::map<std::string, std::string> renamed;
-  for (const auto &parts : sourceRecords("elements.txt"))
-    renamed[parts.at(0)] = parts.at(1);
-  ASSERT_EQ(renamed.size(), 194u);
-  LogCapture log;
-  int named = 0;
-  for (unsigned t = 1; t <= 7626; ++t) {
-    if (fieldOf(t) == 0)
-      continue;
-    ++named;
-    std::string keyword = strings::GS.toString(t);
-    EXPECT_STREQ(getXMLName(t), renamed.count(keyword) ? renamed[keyword].c_str() : keyword.c_str());
-  }
-  EXPECT_EQ(named, 977);
-  EXPECT_TRUE(log.records.empty());
   EXPECT_STREQ(getXMLName(tGSlun_2Dview), "LUN View");
-  EXPECT_EQ(xmlName[978], nullptr);
-}
-
-TEST_F(Dictionary, TableIndicesOfEveryBasetype) {
-  int listed = 0;
-  for (const auto &r : sourceRecords("basetypes.txt")) {
-    std::istringstream in(r[0]);
-    int index;
-    std::string keyword;
-    in >> index >> keyword;
-    ++listed;
-    EXPECT_EQ(QEL_GetTableID(keyword.c_str()), index) << keyword;
-    EXPECT_NE(getConsoleLabel(strings::GS.toToken(keyword.c_str()), 0, LOCALE_EN), nullptr)
-        << keyword << " is a field too";
-  }
-  EXPECT_EQ(listed, 131);
-  EXPECT_EQ(std::count_if(std::begin(BaseTypeLookupTable), std::end(BaseTypeLookupTable),
-                          [](int slot) { return slot != 0; }),
-            131)
-      << "no other token has a table index";
+  EXPECT_STREQ(getXMLName(tGSvolumes), "volumes");
+  EXPECT_EQ(QEL_GetTableID("volumes"), 128);
   for (const char *other : {"serial-number", "pool-hist-statistics", "no-such-table", (const char *)0})
     EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
 }
 
-TEST_F(Dictionary, LocaleRecordsAndTheirFallbacks) {
-  const int type = fieldOf(tGStype);
+TEST_F(Dictionary, SwitchedOffEveryLocaleAnswersEnglish) {
+  services::capi::setL10NEnabled(false);
+  for (LocaleCode locale : {LOCALE_ES, LOCALE_DE, LOCALE_JP, LOCALE_ZH_CHT, LOCALE_KO}) {
+    EXPECT_STREQ(getConsoleLabel(tGSvirtual_2Ddisk_2Dname, 0, locale), "Vdisk Name");
+    EXPECT_STREQ(getConsoleDescription(tGStype, tGStasks, locale), "Type of operation this task performs");
+  }
+  services::capi::setL10NEnabled(true);
+  EXPECT_STREQ(getConsoleLabel(tGSvirtual_2Ddisk_2Dname, 0, LOCALE_KO), "가상 디스크 이름");
+}
+
+// A locale's variant records stand where English has them: default,
+// drives, enclosures, 3 x sas, tasks.
+TEST_F(Dictionary, LocaleVariantsByPosition) {
+  const int type = MetaDataLookupTable[tGStype - 1];
   FieldNameEntry &typeDe = locale_fields[LOCALE_DE - LOCALE_ES].entries[type];
   const FieldNameEntry saved = typeDe;
-  // Same positions as English: default, drives, enclosures, 3 x sas, tasks.
   const FieldName typeTexts[7] = {{0, "", "", "Typ"},
-                                  {tGSdrives, "Der Typ des Datentraegers", "", "Typ"},
+                                  {tGSdrives, "d-drives", "", "Typ"},
                                   {tGSenclosures, "d-enc", "", "Typ"},
                                   {tGSsas_2Dstatus_2Dcontroller_2Da, "d-sas", "", "Typ"},
                                   {tGSsas_2Dstatus_2Dcontroller_2Db, "d-sas", "", "Typ"},
                                   {tGSsas_2Dstatus_2Ddrawer, "d-sas", "", "Typ"},
-                                  {tGStasks, "Typ des Vorgang", "", "Aufgabentyp"}};
+                                  {tGStasks, "d-tasks", "", "Aufgabentyp"}};
   typeDe.names = typeTexts;
   EXPECT_STREQ(getConsoleLabel(tGStype, tGStasks, LOCALE_DE), "Aufgabentyp");
-  EXPECT_STREQ(getConsoleDescription(tGStype, tGSdrives, LOCALE_DE), "Der Typ des Datentraegers");
-  // An empty localized text is returned as it is, not replaced by English.
-  EXPECT_STREQ(getConsoleDescription(tGStype, tGSvolumes, LOCALE_DE), "");
+  EXPECT_STREQ(getConsoleDescription(tGStype, tGSdrives, LOCALE_DE), "d-drives");
   EXPECT_STREQ(getFieldNameStruct(LOCALE_DE, type, 6)->label, "Aufgabentyp");
-  EXPECT_STREQ(getConsoleLabel(tGStype, 0, LOCALE_FR), "Type") << "other locale";
-  EXPECT_STREQ(getConsoleLabel(tGStype, 0, static_cast<LocaleCode>(2073)), "Type");
-  EXPECT_STREQ(getConsoleLabel(tGStype, 0, static_cast<LocaleCode>(0)), "Type");
   typeDe = saved;
 }
 
@@ -118,7 +106,6 @@ TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
   }
   EXPECT_EQ(getAPIName(7626), nullptr);
   EXPECT_TRUE(log.records.empty()) << "console lookups log nothing";
-
   EXPECT_EQ(getAPIName(0), nullptr);
   EXPECT_EQ(getJSONName(7627), nullptr);
   EXPECT_EQ(getXMLName(0), nullptr);
@@ -135,9 +122,7 @@ TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
     unsigned token;
     const char *label, *element;
   } derived[] = {{tGSallocated_2Dsize, "Allocated Size", "allocated-size"},
-                 {tGSstorage_2Dpools, "Storage Pools", "storage-pools"},
-                 {tGSthin_2Dprovisioning_2Denabled, "Thin Provisioning Enabled",
-                  "thin-provisioning-enabled"}};
+                 {tGSstorage_2Dpools, "Storage Pools", "storage-pools"}};
   for (const auto &d : derived) {
     for (unsigned l = LOCALE_EN; l <= LOCALE_KO; ++l)
       EXPECT_STREQ(getConsoleLabel(d.token, tGSvolumes, static_cast<LocaleCode>(l)), d.label);
@@ -145,11 +130,8 @@ TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
     EXPECT_STREQ(getConsoleDescription(d.token, 0, LOCALE_EN), "") << d.label;
     EXPECT_STREQ(getXMLName(d.token), d.element);
   }
-  for (const char *other : {"serial-number", "pool-hist-statistics", "no-such-table", (const char *)0})
-    EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
   EXPECT_EQ(log.texts(Route::Log),
-            (std::vector<std::string>{"getAPIName( 0 ): invalid token",
-                                      "getJSONName( 7627 ): invalid token",
+            (std::vector<std::string>{"getAPIName( 0 ): invalid token", "getJSONName( 7627 ): invalid token",
                                       "getXMLName( 0 ): invalid token",
                                       "getXMLName: QEL field: primary-ip-address - not found"}));
 }

@@ -1,10 +1,8 @@
-// The web interface's script, byte for byte, and evaluated by Node.js.
+// The web interface's script, byte for byte. The end-to-end suite has
+// Node.js evaluate whole documents.
 #include "support/fixture_tables.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -76,8 +74,7 @@ TEST_F(Json, NestedTablesTakeIdsInsideTheRow) {
 TEST_F(Json, ARowOfOnlyANestedTable) {
   static PropertyMetaData only[1] = {{tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, tGSnone, tGSnone,
                                       true, true, false, false, false, SORT_NONE, nullptr}};
-  TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)
-      ->addTable(tGSinitiators, only, 1, true, pGSnone, pGSnone, pGSnone);
+  tables_.add(tGSinitiators, only, 1);
   QEL_DESC *d = own(QEL_Create(&session_, tGSinitiators, tGSnone, 1, 0));
   QEL_FillColumnQEL(&session_, d, 0, 0, userRows({"n1"}));
   EXPECT_EQ(print(d), "\n  new APIInitiators([" + row("\n", "n1", 1, 2, "", "    ") +
@@ -112,79 +109,5 @@ TEST_F(Json, StorageSizesGetANumericCompanion) {
                       "    new APIProp({name:\"size-numeric\",value:\"2048\"})],\n"
                       "    {basetype:\"host-group-view-mappings\",name:\"\",oid:\"1\"})");
 }
-
-// Node.js evaluates the whole document with small constructors; every value
-// read back equals the text filled, stripped of surrounding white space.
-TEST_F(Json, NodeEvaluatesTheDocument) {
-  const std::vector<std::string> values = {
-      "say \"hi\"", "back\\slash", "two\nlines", "cr\rhere", "naïve 日本語 ü",
-      "  padded  ", "'single'", "</script>", "tab\there", "$dollar {brace}"};
-  QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone,
-                               static_cast<int>(values.size()), 0));
-  for (std::size_t r = 0; r < values.size(); ++r) {
-    QEL_FillColumnString(&session_, d, 0, static_cast<int>(r), values[r].c_str());
-    QEL_DESC *child = QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0);
-    QEL_FillColumnString(&session_, child, 0, 0, values[r].c_str());
-    QEL_FillColumnU32(&session_, child, 1, 0, 5);
-    QEL_FillColumnQEL(&session_, d, 1, static_cast<int>(r), child);
-  }
-  for (auto type : {Preferences::OUTPUT_JSON, Preferences::OUTPUT_JSON_ALT}) {
-    session_.getPreferences().setOutputFormat(type);
-    out_.Rewind();
-    QEL_Print_Data(d, &session_, out_, false, false, nullptr);
-    char path[] = "/tmp/qel_json_XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    FILE *f = fdopen(fd, "w");
-    std::fputs(
-        "const fs = require('fs');\n"
-        "function APIData(items) { this.items = items; }\n"
-        "function APIProp(p) { this.name = p.name; this.value = p.value; }\n"
-        "function row(props, id) { this.props = props; this.id = id; }\n"
-        "const APIManagedLogs = row, APISnmpUsers = row;\n"
-        "const names = [];\n"
-        "function walk(r) { for (const p of r.props) {\n"
-        "  if (p instanceof APIProp) { if (p.name === 'name') names.push(p.value); }\n"
-        "  else walk(p); } }\n"
-        "const data = eval(fs.readFileSync(process.argv[2], 'utf8'));\n"
-        "for (const r of data.items) walk(r);\n"
-        "process.stdout.write(JSON.stringify(names));\n",
-        f);
-    std::fclose(f);
-    std::string doc = std::string(path) + ".js";
-    std::ofstream(doc) << out_.pTail();
-    std::string command = std::string("node ") + path + " " + doc + " > " + path + ".out";
-    ASSERT_EQ(std::system(command.c_str()), 0) << out_.pTail();
-    std::ifstream in(std::string(path) + ".out");
-    std::string got((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    std::string expected = "[";
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      std::string v = values[i];
-      v.erase(0, v.find_first_not_of(" \t\r\n"));
-      v.erase(v.find_last_not_of(" \t\r\n") + 1);
-      std::string quoted;
-      for (char c : v) { // JSON.stringify's escaping of these values
-        if (c == '"' || c == '\\')
-          quoted += std::string("\\") + c;
-        else if (c == '\n')
-          quoted += "\\n";
-        else if (c == '\r')
-          quoted += "\\r";
-        else if (c == '\t')
-          quoted += "\\t";
-        else
-          quoted += c;
-      }
-      for (int k = 0; k < 2; ++k)
-        expected += (expected.size() > 1 ? ",\"" : "\"") + quoted + "\"";
-    }
-    expected += "]";
-    EXPECT_EQ(got, expected);
-    std::remove(path);
-    std::remove(doc.c_str());
-    std::remove((std::string(path) + ".out").c_str());
-  }
-}
-
 
 } // namespace

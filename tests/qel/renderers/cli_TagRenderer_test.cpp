@@ -65,8 +65,7 @@ TEST_F(Tag, TableWithoutAnXmlName) {
   // Catalogue basetypes all have element names; a table registered for a
   // keyword outside the catalogue has none.
   LogCapture log;
-  TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->addTable(
-      tGSprimary_2Dip_2Daddress, qeltest::blocksTable, 2, true, pGSnone, pGSnone, pGSnone);
+  tables_.add(tGSprimary_2Dip_2Daddress, qeltest::blocksTable, 2);
   EXPECT_EQ(print(own(QEL_Create(&session_, tGSprimary_2Dip_2Daddress, tGSnone, 0, 0))),
             "  <undefined>\n  </undefined>\n");
   EXPECT_EQ(log.texts(Route::Error),

@@ -1,12 +1,9 @@
 // XML API document bodies: object ids, COMP placement, nesting in the API
-// and XML2 forms, brief attributes, companions and escaping; and a real XML
-// parser reading the result back.
+// and XML2 forms, brief attributes, companions and escaping. The end-to-end
+// suite has a real XML parser read whole documents back.
 #include "support/fixture_tables.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -36,23 +33,6 @@ std::vector<std::string> objectLines(const std::string &text) {
     if (line.find("<OBJECT") != std::string::npos || line.find("</OBJECT") != std::string::npos)
       out.push_back(line);
   return out;
-}
-
-// The brief forms, and an object name (with the console format); the golden
-// files pin the full forms.
-TEST_F(Xml, BriefAttributesAndObjectName) {
-  QEL_DESC *b = create(tGShost_2Dgroup_2Dview_2Dmappings, 1, tGSvolumes);
-  QEL_FillColumnString(&session_, b, 0, 0, "a");
-  QEL_FillColumnBlocks(&session_, b, 1, 0, "1");
-  const std::string brief =
-      "  <OBJECT basetype=\"host-group-view-mappings\" name=\"volumes\" oid=\"1\" "
-      "format=\"rows\">\n"
-      "    <PROPERTY name=\"name\" type=\"string\">a</PROPERTY>\n"
-      "    <PROPERTY name=\"size\" units=\"B\" type=\"string\">512.00B</PROPERTY>\n"
-      "    <PROPERTY name=\"size-numeric\" units=\"blocks512\" type=\"string\">1</PROPERTY>\n"
-      "  </OBJECT>\n";
-  EXPECT_EQ(print(b, Preferences::OUTPUT_API_BRIEF), brief);
-  EXPECT_EQ(print(b, Preferences::OUTPUT_XML2_BRIEF), "<COMP G=\"0\" P=\"1\"/>" + brief);
 }
 
 // Escaping, a column hidden at run time, a qualifier and units; the golden
@@ -144,33 +124,12 @@ TEST_F(Xml, ApiNestsTablesAndNumbersTheChain) {
   EXPECT_LT(text.find(">vol-a<"), text.find(">vol-b<"));
 }
 
-TEST_F(Xml, Xml2WritesNestedTablesAfterTheHolder) {
-  // cache-settings holds two nested tables in two columns.
-  QEL_DESC *d = create(tGScache_2Dsettings, 2);
-  QEL_FillColumnEnum(&session_, d, 0, 0, 0);
-  QEL_FillColumnQEL(&session_, d, 1, 0, userRows({"n1"}));
-  QEL_FillColumnQEL(&session_, d, 2, 0, userRows({"n1", "n2"}));
-  QEL_FillColumnEnum(&session_, d, 0, 1, 1);
-  const std::string end = "  </OBJECT>", cache = "<OBJECT basetype=\"cache-settings\" "
-                                                   "name=\"cache-settings\" oid=",
-                    users = "<OBJECT basetype=\"snmp-users\" name=\"snmp-users\" oid=";
-  EXPECT_EQ(objectLines(print(d, Preferences::OUTPUT_XML2)),
-            (std::vector<std::string>{"<COMP G=\"0\" P=\"1\"/>  " + cache + "\"1\">", end,
-                                      "<COMP G=\"1\" P=\"2\"/>  " + users + "\"2\">", end,
-                                      "<COMP G=\"1\" P=\"3\"/>  " + users + "\"3\">", end,
-                                      "<COMP G=\"1\" P=\"4\"/>  " + users + "\"4\">", end,
-                                      "<COMP G=\"0\" P=\"5\"/>  " + cache + "\"5\">", end}));
-  EXPECT_NE(print(d, Preferences::OUTPUT_XML2_BRIEF).find("<COMP G=\"1\" P=\"2\"/>"),
-            std::string::npos);
-}
-
 TEST_F(Xml, ManyNestedTablesAreCappedWithALogLine) {
   static PropertyMetaData many[51];
   for (auto &p : many)
     p = {tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, tGSnone, tGSnone, true, true, false, false,
          false, SORT_NONE, nullptr};
-  TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)
-      ->addTable(tGSinitiators, many, 51, true, pGSnone, pGSnone, pGSnone);
+  tables_.add(tGSinitiators, many, 51);
   QEL_DESC *d = create(tGSinitiators, 1);
   for (int c = 0; c < 51; ++c)
     QEL_FillColumnQEL(&session_, d, c, 0, userRows({"n1"}));
@@ -204,51 +163,6 @@ TEST_F(Xml, MissingRowOrderStopsTheChain) {
   EXPECT_EQ(log.records[0].line, 185);
   EXPECT_STREQ(log.records[0].function,
                "virtual void XMLRenderer::PrintTable(QEL_DESC*, int, int)");
-}
-
-// A real parser reads the body back: well-formed, and every value the text
-// that was filled (stripped of surrounding white space).
-TEST_F(Xml, ParsesBackWithARealXmlParser) {
-  const std::vector<std::string> values = {
-      "R&D <lab>", "\"quoted\" & 'single'", "a>b", "naïve 日本語 ü", "<![CDATA[x]]>", "&amp;"};
-  QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone,
-                               static_cast<int>(values.size()), 0));
-  for (std::size_t r = 0; r < values.size(); ++r) {
-    QEL_FillColumnString(&session_, d, 0, static_cast<int>(r), values[r].c_str());
-    QEL_DESC *child = QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0);
-    QEL_FillColumnString(&session_, child, 0, 0, values[r].c_str());
-    QEL_FillColumnQEL(&session_, d, 1, static_cast<int>(r), child);
-  }
-  for (auto type : {Preferences::OUTPUT_API, Preferences::OUTPUT_XML2,
-                    Preferences::OUTPUT_API_BRIEF, Preferences::OUTPUT_XML2_BRIEF}) {
-    SCOPED_TRACE(type);
-    std::string doc = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RESPONSE>\n" +
-                      print(d, type) + "</RESPONSE>\n";
-    char path[] = "/tmp/qel_xml_XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    FILE *f = fdopen(fd, "w");
-    std::fwrite(doc.data(), 1, doc.size(), f);
-    std::fclose(f);
-    // Prints the text of every PROPERTY named "name", one per line.
-    std::string command = std::string("python3 -c \"import sys, xml.etree.ElementTree as E; "
-                                      "[print(p.text or '') for p in E.parse(sys.argv[1]).iter('PROPERTY') "
-                                      "if p.get('name') == 'name']\" ") +
-                          path + " > " + path + ".out";
-    ASSERT_EQ(std::system(command.c_str()), 0) << doc;
-    std::ifstream in(std::string(path) + ".out");
-    std::vector<std::string> got;
-    for (std::string line; std::getline(in, line);)
-      got.push_back(line);
-    std::vector<std::string> expected;
-    for (const auto &v : values) { // holder, then its nested object
-      expected.push_back(v);
-      expected.push_back(v);
-    }
-    EXPECT_EQ(got, expected);
-    std::remove(path);
-    std::remove((std::string(path) + ".out").c_str());
-  }
 }
 
 } // namespace

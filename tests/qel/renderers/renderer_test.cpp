@@ -113,18 +113,6 @@ TEST_F(Format, EmptyCellsAndNotAvailable) {
   EXPECT_EQ(format(14, false, 1), "k. A.");
 }
 
-TEST_F(Format, StorageSizesFollowThePreferences) {
-  QEL_FillColumnBlocks(&session_, d_, 14, 0, "2048");
-  std::string units;
-  session_.getPreferences().setStorageSizeBase(2);
-  EXPECT_EQ(format(14, false, 0, &units), "1.00MiB");
-  EXPECT_EQ(units, "units=\"MiB\"");
-  session_.getPreferences().setStorageSizeUnits(Preferences::UNITS_KB);
-  session_.getPreferences().setStorageSizePrecision(0);
-  EXPECT_EQ(format(14, false), "1024KiB");
-  EXPECT_EQ(format(14, true), "2048");
-}
-
 TEST_F(Format, JsonEscapesTexts) {
   QEL_FillColumnString(&session_, d_, 4, 0, " say \"hi\"\\now\n\r\t ");
   QEL_FillColumnStringN(&session_, d_, 13, 0, "a\"b\"c\"d\"");
@@ -185,7 +173,7 @@ template <typename R> long allocationsToRender(Preferences::OutputType type, int
 }
 
 TEST(RenderAllocations, NonePerRowOrCell) {
-  qeltest::registerFixtureTables();
+  qeltest::startLibrary();
   EXPECT_EQ(allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 10),
             allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 1000));
   EXPECT_EQ(allocationsToRender<XMLRenderer>(Preferences::OUTPUT_API, 10),
