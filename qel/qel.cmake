@@ -46,13 +46,17 @@ target_sources(qel PRIVATE
   ${Q}/renderers/cli_XMLRenderer.cpp
   ${Q}/renderers/cli_TagRenderer.cpp
   ${Q}/renderers/cli_JSONRenderer.cpp
+  ${Q}/renderers/cli_StdJSONRenderer.cpp
+  ${Q}/renderers/cli_CSVRenderer.cpp
+  ${Q}/renderers/cli_HTMLRenderer.cpp
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 
 install(FILES ${Q}/qel.h ${Q}/cli_qel.h DESTINATION ${QEL_HEADER_DIR}/qel)
 install(FILES ${Q}/renderers/renderer.h ${Q}/renderers/cli_ConsoleRenderer.h
   ${Q}/renderers/cli_XMLRenderer.h ${Q}/renderers/cli_TagRenderer.h
-  ${Q}/renderers/cli_JSONRenderer.h
+  ${Q}/renderers/cli_JSONRenderer.h ${Q}/renderers/cli_StdJSONRenderer.h
+  ${Q}/renderers/cli_CSVRenderer.h ${Q}/renderers/cli_HTMLRenderer.h
   DESTINATION ${QEL_HEADER_DIR}/qel/renderers)
 install(FILES ${Q}/service/qel_Qel.h DESTINATION ${QEL_HEADER_DIR}/qel/service)
 install(FILES ${Q}/metadata/meta_data_db.h ${QGEN}/metadata/catalogue_arrays.h
