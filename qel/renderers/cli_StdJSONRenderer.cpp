@@ -12,10 +12,14 @@
 // ndjson writes each top-level row alone on its line, keyed by its basetype:
 // {"volumes":{"volume-name":"vol1",...}}. Nested tables are arrays of row
 // objects under their column's keyword in both ("ports":[{...},{...}]); a
-// nested chain of several tables is one array.
+// nested chain of several tables is one array, and so are the tables of
+// adjacent nested columns of one keyword, so that no key repeats in a row.
 //
 // Keys are property keywords, the same in every locale (they come from the
-// keyword repository and need no escaping). Integer columns (U8, U16, U32,
+// keyword repository and need no escaping). Where a table repeats a keyword
+// (the XML API document then holds two properties of one name), the n-th
+// key of a name gets "-n" appended ("scsi-product-id-2",
+// "size-numeric-2"), so that a row never repeats a key. Integer columns (U8, U16, U32,
 // I32, INDEX, U64, DOUBLE) and the numeric companions are JSON numbers when
 // their text is one and its magnitude is at most 2^53, which every JSON
 // reader holds exactly; larger 64-bit values and texts such as "N/A" are
@@ -107,14 +111,31 @@ void StdJSONRenderer::planTable(Plan &plan) {
   for (int i = 0; i < plan.count; ++i) {
     Column &col = plan.columns[i];
     col.limit = 7200;
-    const std::string name = std::string("\"") + qel_detail::keywordText(col.desc->displayId);
-    if (!addText(plan, col.fixed[0], (name + "\":").c_str()) ||
-        !addText(plan, col.fixed[1], (name + "-numeric\":").c_str()))
+    const auto keyword = col.desc->displayId;
+    // Earlier columns of the keyword; a nested-table column right after
+    // one of its keyword shares its array.
+    int seen = 0, companions = 0;
+    for (int j = 0; j < i; ++j) {
+      const Column &c = plan.columns[j];
+      if (c.desc->displayId != keyword)
+        continue;
+      seen += !(c.type == COLTYPE_QEL && plan.columns[j + 1].type == COLTYPE_QEL &&
+                plan.columns[j + 1].desc->displayId == keyword);
+      companions += c.companion;
+    }
+    auto suffix = [](int n) { return n ? "-" + std::to_string(n + 1) : std::string(); };
+    const std::string name = std::string("\"") + qel_detail::keywordText(keyword);
+    if (!addText(plan, col.fixed[0], (name + suffix(seen) + "\":").c_str()) ||
+        !addText(plan, col.fixed[1], (name + "-numeric" + suffix(companions) + "\":").c_str()))
       return;
   }
 }
 
-void StdJSONRenderer::beginChain(QEL_DESC *, int) { m_levels[depth()].rows = 0; }
+void StdJSONRenderer::closeArray(Level &level) {
+  if (level.array != 0)
+    putChar(']');
+  level.array = 0;
+}
 
 bool StdJSONRenderer::beginTable(Plan &plan, int, int) {
   if (depth() > 0 || m_ndjson)
@@ -135,6 +156,7 @@ bool StdJSONRenderer::beginTable(Plan &plan, int, int) {
 void StdJSONRenderer::beginRow(Plan &plan, int, int, int) {
   Level &level = m_levels[depth()];
   level.first = true;
+  level.array = 0;
   if (depth() == 0 && m_ndjson) {
     putChar('{');
     put(plan.text(plan.table[0]));
@@ -150,6 +172,7 @@ void StdJSONRenderer::beginRow(Plan &plan, int, int, int) {
 void StdJSONRenderer::cell(Plan &plan, const Column &col, Text value, const char *,
                            bool numericForm, int) {
   Level &level = m_levels[depth()];
+  closeArray(level);
   if (!level.first)
     putChar(',');
   level.first = false;
@@ -165,17 +188,24 @@ void StdJSONRenderer::cell(Plan &plan, const Column &col, Text value, const char
 
 void StdJSONRenderer::nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) {
   Level &level = m_levels[depth()];
-  if (!level.first)
-    putChar(',');
-  level.first = false;
-  put(plan.text(col.fixed[0]));
-  putChar('[');
+  const std::uint32_t key = col.desc->displayId;
+  if (level.array != key) {
+    closeArray(level);
+    if (!level.first)
+      putChar(',');
+    level.first = false;
+    put(plan.text(col.fixed[0]));
+    putChar('[');
+    level.array = key;
+    if (depth() < kMaxDepth)
+      m_levels[depth() + 1].rows = 0;
+  }
   if (nested)
     walk(nested, objectId, indent);
-  putChar(']');
 }
 
 void StdJSONRenderer::endRow(Plan &, int, int) {
+  closeArray(m_levels[depth()]);
   putChar('}');
   if (depth() == 0 && m_ndjson)
     put("}\n");

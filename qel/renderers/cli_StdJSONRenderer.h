@@ -22,7 +22,6 @@ public:
 private:
   void planTable(Plan &plan) override;
   bool beginTable(Plan &plan, int parentOid, int indent) override;
-  void beginChain(QEL_DESC *head, int indent) override;
   bool sortsRows(const Plan &plan) const override;
   void orderFailed() override;
   void beginRow(Plan &plan, int row, int position, int indent) override;
@@ -32,9 +31,11 @@ private:
   void endRow(Plan &plan, int row, int indent) override;
 
   struct Level {
-    int rows;   ///< rows written in the open array
-    bool first; ///< no member written yet in this row
+    int rows;            ///< rows written in the open array
+    bool first;          ///< no member written yet in this row
+    std::uint32_t array; ///< keyword of the open nested-table array, or 0
   };
+  void closeArray(Level &level);
   Level m_levels[kMaxDepth + 1];
   bool m_ndjson;
   GS_TokenValues m_open{}; ///< json-std: basetype of the open top-level array
