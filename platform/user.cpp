@@ -22,7 +22,9 @@ long codeOf(unsigned token, const unsigned (&codes)[N]) {
 long Preferences::OutputTypeToNumeric(unsigned token) {
   static const unsigned codes[] = {OUTPUT_CONSOLE, OUTPUT_API,  OUTPUT_API_BRIEF,
                                    OUTPUT_XML2,    OUTPUT_XML2_BRIEF,
-                                   OUTPUT_JSON,    OUTPUT_JSON_ALT, OUTPUT_TAG};
+                                   OUTPUT_JSON,    OUTPUT_JSON_ALT, OUTPUT_TAG,
+                                   OUTPUT_JSON_STD, OUTPUT_NDJSON,  OUTPUT_CSV,
+                                   OUTPUT_TSV,     OUTPUT_HTML};
   return codeOf(token, codes);
 }
 

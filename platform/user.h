@@ -29,6 +29,11 @@ public:
     OUTPUT_XML2_BRIEF = tGSxml2_2Dbrief,
     OUTPUT_JSON_ALT = tGSjson_2Dalt,
     OUTPUT_API_BRIEF = tGSapi_2Dbrief,
+    OUTPUT_JSON_STD = tGSjson_2Dstd, ///< standard JSON, one document
+    OUTPUT_NDJSON = tGSndjson,       ///< one JSON object per row and line
+    OUTPUT_CSV = tGScsv,             ///< comma-separated values, one table
+    OUTPUT_TSV = tGStsv,             ///< tab-separated values, one table
+    OUTPUT_HTML = tGShtml,           ///< a self-contained web page
   };
   /// Storage-size units; the values are their keyword tokens.
   enum StorageUnit : std::uint32_t {
@@ -44,16 +49,25 @@ public:
   StorageUnit getStorageSizeUnits() const { return m_units; }
   std::uint8_t getStorageSizePrecision() const { return m_precision; }
   int getStorageSizeBase() const { return m_base; }
+  /// CSV and TSV: whether the header row holds the columns' labels in the
+  /// session's locale rather than their keywords.
+  bool getHeaderLabels() const { return m_headerLabels; }
+  /// CSV and TSV: the basetype whose rows are written, wherever they are
+  /// nested; tGSnone (the default) means the first table of the print.
+  std::uint32_t getSelectedTable() const { return m_selectedTable; }
 
   void setOutputFormat(OutputType type) { m_outputFormat = type; }
   void setLocale(LocaleCode locale) { m_locale = locale; }
   void setStorageSizeUnits(StorageUnit units) { m_units = units; }
   void setStorageSizePrecision(std::uint8_t precision) { m_precision = precision; }
   void setStorageSizeBase(int base) { m_base = base; }
+  void setHeaderLabels(bool labels) { m_headerLabels = labels; }
+  void setSelectedTable(std::uint32_t basetype) { m_selectedTable = basetype; }
 
   /// Numeric codes of the token settings; -1 for a token of another kind.
   /// Output types: console 0, api 1, api-brief 2, xml2 3, xml2-brief 4,
-  /// json 5, json-alt 6, tag 7. Output modes: disabled 0, enabled 1.
+  /// json 5, json-alt 6, tag 7, json-std 8, ndjson 9, csv 10, tsv 11,
+  /// html 12. Output modes: disabled 0, enabled 1.
   /// Storage units: auto 0, kb 1, mb 2, gb 3, tb 4. Temperature scales:
   /// celsius 0, fahrenheit 1.
   static long OutputTypeToNumeric(unsigned token);
@@ -74,6 +88,8 @@ private:
   StorageUnit m_units = UNITS_AUTO;
   std::uint8_t m_precision = 2;
   int m_base = 10;
+  bool m_headerLabels = false;
+  std::uint32_t m_selectedTable = tGSnone;
 };
 
 /// The session's terminal.

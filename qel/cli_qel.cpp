@@ -1,8 +1,11 @@
 // Descriptor life cycle (create, link, size, adjust, free) and row sorting.
 #include <qel/cli_qel.h>
 #include <qel/internal.h>
+#include <qel/renderers/cli_CSVRenderer.h>
 #include <qel/renderers/cli_ConsoleRenderer.h>
+#include <qel/renderers/cli_HTMLRenderer.h>
 #include <qel/renderers/cli_JSONRenderer.h>
+#include <qel/renderers/cli_StdJSONRenderer.h>
 #include <qel/renderers/cli_TagRenderer.h>
 #include <qel/renderers/cli_XMLRenderer.h>
 
@@ -540,6 +543,20 @@ void debugPrint(const char *line) {
     logDebugPrint("%s", line);
 }
 
+// The new output types write their whole document through the renderer.
+template <typename R>
+void printDocument(QEL_DESC *head, services::user::Session *session, utility::PutStream &stream,
+                   bool includeDtd, bool includeXmlDeclaration, const char *request) {
+  R renderer(session, stream);
+  Renderer::DocumentOptions options;
+  options.includeDtd = includeDtd;
+  options.includeXmlDeclaration = includeXmlDeclaration;
+  options.request = request;
+  renderer.beginDocument(options);
+  renderer.PrintTable(head, 0, 0);
+  renderer.endDocument();
+}
+
 } // namespace
 
 const char *getDTDString() { return kDtd; }
@@ -589,6 +606,18 @@ void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
     stream.PutS("\n])\n");
     break;
   }
+  case Preferences::OUTPUT_JSON_STD:
+  case Preferences::OUTPUT_NDJSON:
+    printDocument<StdJSONRenderer>(head, session, stream, includeDtd, includeXmlDeclaration,
+                                   request);
+    break;
+  case Preferences::OUTPUT_CSV:
+  case Preferences::OUTPUT_TSV:
+    printDocument<CSVRenderer>(head, session, stream, includeDtd, includeXmlDeclaration, request);
+    break;
+  case Preferences::OUTPUT_HTML:
+    printDocument<HTMLRenderer>(head, session, stream, includeDtd, includeXmlDeclaration, request);
+    break;
   case Preferences::OUTPUT_CONSOLE: {
     debugPrint("QEL_Print_Data: Printing with ConsoleRenderer");
     if (includeDtd) {

@@ -46,6 +46,9 @@ qel_objects(qel_objects
   ${Q}/renderers/cli_XMLRenderer.cpp
   ${Q}/renderers/cli_TagRenderer.cpp
   ${Q}/renderers/cli_JSONRenderer.cpp
+  ${Q}/renderers/cli_StdJSONRenderer.cpp
+  ${Q}/renderers/cli_CSVRenderer.cpp
+  ${Q}/renderers/cli_HTMLRenderer.cpp
   ${DICT_OUTPUTS}
   ${CAT_OUTPUTS})
 

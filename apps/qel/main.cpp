@@ -52,6 +52,7 @@ const char kUsage[] =
     "\n"
     "options:\n"
     "  -f, --format F     console api api-brief xml2 xml2-brief json json-alt tag\n"
+    "                     json-std ndjson csv tsv html\n"
     "                     (default console)\n"
     "  -l, --locale L     en es fr de it ja nl zh-cn zh-tw ko (default en)\n"
     "      --no-l10n      labels in English whatever the locale\n"
@@ -62,6 +63,8 @@ const char kUsage[] =
     "      --declaration  XML API: start with the XML declaration\n"
     "      --dtd          XML API: include the document type definition\n"
     "      --request TEXT XML API: the request echoed in the document\n"
+    "      --labels       csv, tsv: a header of labels in the locale, not keywords\n"
+    "      --table B      csv, tsv: the rows of basetype B wherever they are nested\n"
     "      --rows N       give a list table (volumes, drives, ...) N rows\n"
     "  -o, --output COLS  print only these columns, in this order (comma-separated\n"
     "                     property names, see qel meta <basetype>)\n"
@@ -82,7 +85,7 @@ const char kUsage[] =
 
 // What a format takes: the envelope options of the XML API family, the
 // console's layout options. New formats add a row here.
-enum Family : unsigned { kConsole = 1, kXmlApi = 2, kOther = 4 };
+enum Family : unsigned { kConsole = 1, kXmlApi = 2, kOther = 4, kCsv = 8, kStandard = 16 };
 
 struct Format {
   const char *name;
@@ -98,6 +101,11 @@ const Format kFormats[] = {
     {"json", Preferences::OUTPUT_JSON, kOther},
     {"json-alt", Preferences::OUTPUT_JSON_ALT, kOther},
     {"tag", Preferences::OUTPUT_TAG, kOther},
+    {"json-std", Preferences::OUTPUT_JSON_STD, kStandard},
+    {"ndjson", Preferences::OUTPUT_NDJSON, kStandard},
+    {"csv", Preferences::OUTPUT_CSV, kCsv},
+    {"tsv", Preferences::OUTPUT_TSV, kCsv},
+    {"html", Preferences::OUTPUT_HTML, kStandard},
 };
 
 struct Named {
@@ -124,6 +132,7 @@ enum Option : int {
   optFormat = 'f', optLocale = 'l', optWidth = 'w', optOutput = 'o', optSort = 's',
   optNoHeadings = 'n', optHelp = 'h', optVersion = 'V',
   optNoL10n = 256, optUnits, optPrecision, optBase, optDeclaration, optDtd, optRequest, optRows, optLayout,
+  optLabels, optTable,
 };
 const option kLongOptions[] = {
     {"format", required_argument, nullptr, optFormat},
@@ -137,6 +146,8 @@ const option kLongOptions[] = {
     {"dtd", no_argument, nullptr, optDtd},
     {"request", required_argument, nullptr, optRequest},
     {"rows", required_argument, nullptr, optRows},
+    {"labels", no_argument, nullptr, optLabels},
+    {"table", required_argument, nullptr, optTable},
     {"output", required_argument, nullptr, optOutput},
     {"sort", required_argument, nullptr, optSort},
     {"no-headings", no_argument, nullptr, optNoHeadings},
@@ -171,6 +182,8 @@ struct Options {
   bool descending = false;
   bool noHeadings = false;
   int layout = -1;
+  bool labels = false;
+  std::string table;                // --table
   std::vector<int> given;           // options in the order given
   std::vector<std::string> words;   // command and its argument
 
@@ -313,6 +326,8 @@ Options parse(int argc, char **argv) {
         fail("invalid value \"" + value + "\" for --sort (a column name, - to sort descending)");
       break;
     case optNoHeadings: o.noHeadings = true; break;
+    case optLabels: o.labels = true; break;
+    case optTable: o.table = value; break;
     case optLayout: o.layout = static_cast<int>(lookup(kLayouts, value, c)); break;
     default: fail("unknown option (see qel --help)");
     }
@@ -334,13 +349,19 @@ void checkConflicts(const Options &o) {
     for (int option : {optNoHeadings, optLayout, optWidth})
       if (o.has(option))
         conflict(option, format + " (console only)");
+  if (o.format->family != kCsv)
+    for (int option : {optLabels, optTable})
+      if (o.has(option))
+        conflict(option, format + " (csv and tsv only)");
   if (o.noHeadings && o.layout > 0)
     for (const Named &layout : kLayouts)
       if (static_cast<int>(layout.value) == o.layout)
         conflict(optNoHeadings, std::string("--layout ") + layout.name + " (rows only)");
   const std::string &command = o.words.empty() ? std::string() : o.words[0];
+  if (command == "meta" && (o.format->family & (kCsv | kStandard)))
+    fail(format + " conflicts with the meta command (console and API formats only)");
   if (command == "meta" || command == "tables")
-    for (int option : {optRows, optOutput, optSort, optNoHeadings, optLayout, optDeclaration, optDtd, optRequest})
+    for (int option : {optLabels, optTable, optRows, optOutput, optSort, optNoHeadings, optLayout, optDeclaration, optDtd, optRequest})
       if (o.has(option))
         conflict(option, "the " + command + " command");
   if (command == "tables")
@@ -540,6 +561,12 @@ int run(int argc, char **argv) {
   prefs.setStorageSizeUnits(o.units);
   prefs.setStorageSizePrecision(static_cast<std::uint8_t>(o.precision));
   prefs.setStorageSizeBase(o.base);
+  prefs.setHeaderLabels(o.labels);
+  if (!o.table.empty()) {
+    if (!findTable(o.table))
+      unknownBasetype(o.table);
+    prefs.setSelectedTable(strings::GS.toToken(o.table.c_str()));
+  }
   session.getContext().setScreenWidth(screenWidth(o.width));
   services::capi::setL10NEnabled(o.l10n);
 
@@ -561,8 +588,11 @@ int run(int argc, char **argv) {
     } else {
       shapeColumns(head, show, o);
       progress.printing();
+      // The page's title is the command.
+      const std::string request =
+          o.format->type == Preferences::OUTPUT_HTML ? command + " " + o.words[1] : o.request;
       QEL_Print_Data(head, &session, out, o.dtd, o.declaration,
-                     o.request.empty() ? nullptr : o.request.c_str());
+                     request.empty() ? nullptr : request.c_str());
       QEL_Free(head);
     }
     out.FlushOutputStream();

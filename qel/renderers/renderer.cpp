@@ -92,27 +92,38 @@ long long parseLongLong(const char *text) {
   return negative ? static_cast<long long>(0 - value) : static_cast<long long>(value);
 }
 
-// XML escaping. Each byte of the text is one of: a plain byte copied as it
-// is, one of the five specials, a control character XML does not allow
-// (dropped), or the start of a multi-byte UTF-8 sequence (checked).
+// Escaping. Each byte of a text is one of: a plain byte copied as it is, a
+// special written as its escape, a control character XML does not allow
+// (dropped), or the start of a multi-byte UTF-8 sequence (checked; an invalid
+// one becomes U+FFFD). XML escapes its five specials as entities; JSON its
+// quote, backslash and every C0 control character; a quoted CSV field doubles
+// its quotes.
 enum ByteClass : unsigned char { kPlain, kSpecial, kDrop, kMulti };
+enum class Escape { Xml, Json, Csv };
 
-constexpr ByteClass classOf(unsigned c) {
+constexpr ByteClass classOf(unsigned c, Escape e) {
+  if (c >= 0x80)
+    return kMulti;
+  if (e == Escape::Json)
+    return c == '"' || c == '\\' || c < 0x20 ? kSpecial : kPlain;
+  if (e == Escape::Csv)
+    return c == '"' ? kSpecial : kPlain;
   return c == '"' || c == '&' || c == '\'' || c == '<' || c == '>' ? kSpecial
          : c == '\t' || c == '\n' || c == '\r'                     ? kPlain
          : c < 0x20                                                 ? kDrop
-         : c >= 0x80                                                ? kMulti
                                                                     : kPlain;
 }
 
 struct ByteClasses {
   ByteClass of[256];
-  constexpr ByteClasses() : of() {
+  constexpr explicit ByteClasses(Escape e) : of() {
     for (unsigned c = 0; c < 256; ++c)
-      of[c] = classOf(c);
+      of[c] = classOf(c, e);
   }
 };
-constexpr ByteClasses kClasses;
+constexpr ByteClasses kXmlClasses(Escape::Xml);
+constexpr ByteClasses kJsonClasses(Escape::Json);
+constexpr ByteClasses kCsvClasses(Escape::Csv);
 
 const char *entityOf(char c) {
   switch (c) {
@@ -126,6 +137,38 @@ const char *entityOf(char c) {
     return "&lt;";
   default:
     return "&gt;";
+  }
+}
+
+// The JSON escape of a special byte, in \p buf (at least 6 bytes); its length.
+int jsonEscapeOf(unsigned char c, char *buf) {
+  static const char kHex[] = "0123456789abcdef";
+  buf[0] = '\\';
+  switch (c) {
+  case '"':
+  case '\\':
+    buf[1] = static_cast<char>(c);
+    return 2;
+  case '\n':
+    buf[1] = 'n';
+    return 2;
+  case '\r':
+    buf[1] = 'r';
+    return 2;
+  case '\t':
+    buf[1] = 't';
+    return 2;
+  case '\b':
+    buf[1] = 'b';
+    return 2;
+  case '\f':
+    buf[1] = 'f';
+    return 2;
+  default:
+    std::memcpy(buf + 1, "u00", 3);
+    buf[4] = kHex[c >> 4];
+    buf[5] = kHex[c & 0xf];
+    return 6;
   }
 }
 
@@ -158,13 +201,16 @@ int validSequence(const unsigned char *p, std::size_t n) {
 
 const char kReplacement[] = "\xEF\xBF\xBD"; // U+FFFD
 
-// Writes \p text (n bytes) escaped through \p write(data, size). Runs of
-// plain bytes go out whole.
-template <typename Write> void escapeXml(const char *text, std::size_t n, Write write) {
+// Writes \p text (n bytes) escaped in form \p e through \p write(data, size).
+// Runs of plain bytes go out whole.
+template <typename Write>
+void escapeText(Escape e, const char *text, std::size_t n, Write write) {
+  const ByteClasses &classes =
+      e == Escape::Xml ? kXmlClasses : e == Escape::Json ? kJsonClasses : kCsvClasses;
   const auto *p = reinterpret_cast<const unsigned char *>(text);
   std::size_t run = 0, i = 0;
   while (i < n) {
-    const ByteClass k = kClasses.of[p[i]];
+    const ByteClass k = classes.of[p[i]];
     if (k == kPlain) {
       ++i;
       continue;
@@ -177,14 +223,26 @@ template <typename Write> void escapeXml(const char *text, std::size_t n, Write 
       }
     }
     write(text + run, i - run);
-    if (k == kSpecial)
-      write(entityOf(text[i]), std::strlen(entityOf(text[i])));
-    else if (k == kMulti)
+    if (k == kSpecial) {
+      if (e == Escape::Xml) {
+        write(entityOf(text[i]), std::strlen(entityOf(text[i])));
+      } else if (e == Escape::Json) {
+        char buf[8];
+        write(buf, static_cast<std::size_t>(jsonEscapeOf(p[i], buf)));
+      } else {
+        write("\"\"", 2);
+      }
+    } else if (k == kMulti) {
       write(kReplacement, 3);
+    }
     ++i;
     run = i;
   }
   write(text + run, n - run);
+}
+
+template <typename Write> void escapeXml(const char *text, std::size_t n, Write write) {
+  escapeText(Escape::Xml, text, n, write);
 }
 
 } // namespace
@@ -272,6 +330,26 @@ void Renderer::putXml(Text value) {
   escapeXml(value.data, static_cast<std::size_t>(value.size),
             [this](const char *data, std::size_t size) { put(data, static_cast<int>(size)); });
 }
+
+void Renderer::putJson(Text value) {
+  escapeText(Escape::Json, value.data, static_cast<std::size_t>(value.size),
+             [this](const char *data, std::size_t size) { put(data, static_cast<int>(size)); });
+}
+
+void Renderer::putCsv(Text value, char delimiter) {
+  const bool quoted = std::any_of(value.data, value.data + value.size, [delimiter](char c) {
+    return c == delimiter || c == '"' || c == '\n' || c == '\r';
+  });
+  if (quoted)
+    putChar('"');
+  escapeText(Escape::Csv, value.data, static_cast<std::size_t>(value.size),
+             [this](const char *data, std::size_t size) { put(data, static_cast<int>(size)); });
+  if (quoted)
+    putChar('"');
+}
+
+void Renderer::beginDocument(const DocumentOptions &) {}
+void Renderer::endDocument() {}
 
 void Renderer::convertBuffer(utility::PutStream &out, const char *text) {
   if (!text)

@@ -39,6 +39,16 @@ public:
   Renderer(const Renderer &) = delete;
   Renderer &operator=(const Renderer &) = delete;
 
+  /// What a document holds besides its tables.
+  struct DocumentOptions {
+    bool includeDtd = false;
+    bool includeXmlDeclaration = false;
+    const char *request = nullptr;
+  };
+  /// Writes what comes before the first table of a document, and after the last.
+  virtual void beginDocument(const DocumentOptions &options);
+  virtual void endDocument();
+
   /// Prints the chain that starts at \p desc (null: nothing). \p parentOid
   /// is the object id of the enclosing object, \p indent the indentation of
   /// this level.
@@ -188,6 +198,12 @@ protected:
   void putRun(int count, char c);
   /// \p value with the XML escaping of convertBuffer.
   void putXml(Text value);
+  /// \p value as the inside of a JSON string: quote, backslash and C0
+  /// control characters escaped, invalid UTF-8 replaced as putXml does.
+  void putJson(Text value);
+  /// \p value as a CSV field: in double quotes (doubled inside) when it
+  /// holds \p delimiter, a quote or a line break; invalid UTF-8 replaced.
+  void putCsv(Text value, char delimiter);
   void flush();
 
   /// Counts calls into the renderer so that the outermost one flushes.

@@ -1,5 +1,6 @@
 """End to end: the built qel front end on its sample system, its documents
-checked by parsers nobody here wrote (xmllint, Node.js), a few outputs
+checked by parsers nobody here wrote (xmllint, Node.js, jq, Python's json
+and csv, headless Chromium), a few outputs
 against golden files, and every kind of bad input.
 
 Usage: qel_e2e_test.py <qel binary> <source dir>
@@ -7,6 +8,10 @@ Set QEL_UPDATE_GOLDEN=1 to rewrite the golden files from the current output.
 """
 
 import concurrent.futures
+import csv
+import html
+import io
+import shutil
 import json
 import os
 import re
@@ -214,6 +219,195 @@ class EveryTable(unittest.TestCase):
                 self.assertEqual(sorted(o['basetype'] for o in objects), sorted(self.basetypes))
 
 
+def xml_objects(doc):
+    """The XML API document as [(basetype, [(name, text)...], nested)]."""
+    def obj(o):
+        return (o.get('basetype'), [(p.get('name'), p.text or '') for p in o.findall('PROPERTY')],
+                [obj(c) for c in o.findall('OBJECT')])
+    return [obj(o) for o in ElementTree.fromstring(doc).findall('OBJECT')]
+
+
+def json_row(basetype, row):
+    """A json-std/ndjson row in the form of xml_objects; numbers as the XML
+    API writes them."""
+    props, nested = [], []
+    for name, value in row.items():
+        if isinstance(value, list):
+            nested += [json_row(None, r) for r in value]
+        elif isinstance(value, float):
+            props.append((name, f'{value:.2f}'))
+        else:
+            props.append((name, str(value)))
+    return (basetype, props, nested)
+
+
+def as_json(objects, top=True):
+    """xml_objects as JSON holds them: nested basetypes unnamed, the n-th
+    property of a name in an object named name-n."""
+    def unique(props):
+        seen = {}
+        for name, value in props:
+            seen[name] = seen.get(name, 0) + 1
+            yield (name if seen[name] == 1 else f'{name}-{seen[name]}', value)
+    return [(b if top else None, list(unique(p)), as_json(n, False)) for b, p, n in objects]
+
+
+# Run after the page's own script: serializes what the DOM holds and clicks
+# the first header with a numeric companion twice, recording that column.
+DOM_PROBE = r"""
+<script>
+(function () {
+  function rows(table) {
+    var heads = table.tHead.rows[0].cells;
+    return Array.prototype.map.call(table.tBodies[0].rows, function (tr) {
+      var props = [], nested = [];
+      Array.prototype.forEach.call(tr.cells, function (td, i) {
+        if (!heads[i].hasAttribute('data-nested')) { props.push([heads[i].dataset.key, td.textContent]); return; }
+        td.querySelectorAll(':scope > details > table.qel').forEach(function (t) {
+          rows(t).forEach(function (r) { nested.push([t.dataset.basetype].concat(r)); });
+        });
+      });
+      return [props, nested];
+    });
+  }
+  var out = {tables: [], sorted: []};
+  document.querySelectorAll('body > table.qel').forEach(function (t) {
+    out.tables.push([t.dataset.basetype, rows(t)]);
+  });
+  var table = document.querySelector('body > table.qel');
+  var th = table && table.querySelector('th[data-key="size"] button');
+  if (th) {
+    var i = Array.prototype.indexOf.call(th.parentNode.parentNode.cells, th.parentNode);
+    var companion = th.parentNode.nextElementSibling.dataset.key.endsWith('-numeric') ? 1 : 0;
+    [0, 1].forEach(function () {
+      th.click();
+      out.sorted.push([th.parentNode.getAttribute('aria-sort'),
+        Array.prototype.map.call(table.tBodies[0].rows, function (r) { return r.cells[i + companion].textContent; })]);
+    });
+  }
+  out.filters = document.querySelectorAll('input.filter').length;
+  var pre = document.createElement('pre');
+  pre.id = 'qel-probe';
+  pre.textContent = JSON.stringify(out);
+  document.body.appendChild(pre);
+})();
+</script>
+"""
+
+
+def chromium(*args):
+    """Runs headless Chromium with a fresh profile; None when it cannot start."""
+    exe = shutil.which('chromium') or shutil.which('chromium-browser')
+    if not exe:
+        return None
+    profile = tempfile.mkdtemp()
+    try:
+        return subprocess.run([exe, '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic',
+                               '--no-first-run', '--disable-background-networking',
+                               '--disable-component-update', '--disable-sync',
+                               f'--user-data-dir={profile}'] + list(args),
+                              capture_output=True, timeout=120)
+    except (OSError, subprocess.TimeoutExpired):
+        return None
+    finally:
+        shutil.rmtree(profile, ignore_errors=True)
+
+
+class StandardFormats(unittest.TestCase):
+    """json-std, ndjson, csv and tsv of every table read back by parsers
+    nobody here wrote hold the XML API document's values, property by
+    property; the HTML page does in a real browser."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.basetypes = basetypes()
+        formats = ['api', 'json-std', 'ndjson', 'csv', 'tsv']
+        args = [('--format', f, 'show', b) for b in cls.basetypes for f in formats]
+        procs = iter(run_all(args))
+        cls.docs = {b: {f: next(procs) for f in formats} for b in cls.basetypes}
+
+    def test_json_and_ndjson_hold_the_xml_api_values(self):
+        for b, docs in self.docs.items():
+            with self.subTest(basetype=b):
+                for proc in docs.values():
+                    self.assertEqual((proc.returncode, proc.stderr), (0, b''))
+                expected = as_json(xml_objects(docs['api'].stdout))
+                std = json.loads(docs['json-std'].stdout)
+                got = [json_row(t, r) for t, rows in std.items() for r in rows]
+                self.assertEqual(got, expected)
+                lines = [json.loads(line) for line in docs['ndjson'].stdout.splitlines()]
+                self.assertEqual([json_row(*next(iter(o.items()))) for o in lines], expected)
+                for f in ('json-std', 'ndjson'):
+                    jq = subprocess.run(['jq', '-c', '.'], input=docs[f].stdout, capture_output=True)
+                    self.assertEqual(jq.returncode, 0, jq.stderr)
+                    self.assertEqual([json.loads(x) for x in jq.stdout.splitlines()],
+                                     [std] if f == 'json-std' else lines)
+
+    def test_csv_and_tsv_hold_the_xml_api_values(self):
+        for b, docs in self.docs.items():
+            with self.subTest(basetype=b):
+                objects = [o for o in xml_objects(docs['api'].stdout) if o[0] == b]
+                expected = [[n for n, _ in objects[0][1]]] if objects else []
+                expected += [[v for _, v in o[1]] for o in objects]
+                for f, delimiter in (('csv', ','), ('tsv', '\t')):
+                    text = docs[f].stdout.decode()
+                    got = list(csv.reader(io.StringIO(text, newline=''), delimiter=delimiter))
+                    self.assertEqual(got if objects else got[1:], expected, f)
+        nested = qel('--format', 'csv', '--table', 'port', 'show', 'controllers').stdout.decode()
+        rows = list(csv.DictReader(io.StringIO(nested, newline='')))
+        self.assertEqual(sorted({r['controller'] for r in rows}), ['A', 'B'])
+
+    def test_html_page_in_a_browser(self):
+        if not shutil.which('chromium') and not shutil.which('chromium-browser'):
+            self.skipTest('chromium is not installed (.ci/run installs it): the page is not checked')
+        probe = chromium('--version')
+        if probe is None or probe.returncode != 0:
+            self.skipTest('chromium does not start here: the page is not checked')
+        tmp = tempfile.mkdtemp()
+        tables = ['volumes', 'controllers', 'enclosures', 'hosts', 'system', 'drives']
+
+        def check(b):
+            page = qel('--format', 'html', '--locale', 'de', 'show', b).stdout
+            path = os.path.join(tmp, b + '.html')
+            with open(path, 'wb') as f:
+                f.write(page.replace(b'</body>', DOM_PROBE.encode() + b'</body>'))
+            dom = chromium('--dump-dom', 'file://' + path)
+            found = re.search(r'<pre id="qel-probe">(.*?)</pre>', dom.stdout.decode(), re.S)
+            return b, json.loads(html.unescape(found.group(1))) if found else dom.stderr.decode()[-2000:]
+
+        with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
+            results = list(pool.map(check, tables))
+        for b, probe in results:
+            with self.subTest(basetype=b):
+                self.assertIsInstance(probe, dict, probe)
+
+                def objects(rows, basetype):
+                    return [(basetype, [tuple(p) for p in props],
+                             [objects([r[1:]], r[0])[0] for r in nested]) for props, nested in rows]
+                got = [o for t, rows in probe['tables'] for o in objects(rows, t)]
+                api = qel('--format', 'api', '--locale', 'de', 'show', b).stdout
+                self.assertEqual(got, xml_objects(api))
+                self.assertEqual(probe['filters'], len(probe['tables']))
+        volumes = dict(results)['volumes']['sorted']
+        (up, ascending), (down, descending) = volumes
+        self.assertEqual((up, down), ('ascending', 'descending'))
+        self.assertEqual([int(x) for x in ascending], sorted(int(x) for x in ascending))
+        self.assertEqual([int(x) for x in descending], sorted((int(x) for x in ascending), reverse=True))
+        self.assertGreater(len(set(ascending)), 1)
+        # The screenshot, kept as a test artefact in the build tree.
+        artefacts = os.environ.get('QEL_ARTEFACT_DIR') or tmp
+        os.makedirs(artefacts, exist_ok=True)
+        shot = os.path.join(artefacts, 'show-volumes.png')
+        page = os.path.join(tmp, 'plain.html')
+        with open(page, 'wb') as f:
+            f.write(qel('--format', 'html', 'show', 'volumes').stdout)
+        proc = chromium('--screenshot=' + shot, '--window-size=1400,900', '--hide-scrollbars', 'file://' + page)
+        self.assertTrue(proc and os.path.getsize(shot) > 10000, proc and proc.stderr.decode()[-2000:])
+        with open(shot, 'rb') as f:
+            self.assertEqual(f.read(8), b'\x89PNG\r\n\x1a\n')
+        shutil.rmtree(tmp, ignore_errors=True)
+
+
 class Golden(unittest.TestCase):
     CASES = [
         ('volumes-80.txt', ['--width', '80', 'show', 'volumes']),
@@ -302,7 +496,8 @@ class Options(unittest.TestCase):
         script = os.path.join(dist, 'qel.bash')
         cases = [
             (['qel', '--form'], ['--format']),
-            (['qel', '--format', 'json'], ['json', 'json-alt']),
+            (['qel', '--format', 'json'], ['json', 'json-alt', 'json-std']),
+            (['qel', '-f', 'csv', '--table', 'por'], ['port']),
             (['qel', '-l', 'zh'], ['zh-cn', 'zh-tw']),
             (['qel', '--layout', 'pa'], ['packed', 'pairs']),
             (['qel', 'sh'], ['show']),
@@ -385,6 +580,9 @@ class Options(unittest.TestCase):
             (['--rows', '5', 'meta', 'volumes'], 'option --rows conflicts with the meta command'),
             (['--locale', 'de', 'tables'], 'option --locale conflicts with the tables command'),
             (['--layout', 'grid', 'show', 'hosts'], 'invalid value "grid" for --layout'),
+            (['--format', 'json-std', '--labels', 'show', 'hosts'], 'option --labels conflicts with --format json-std'),
+            (['-f', 'csv', '--table', 'prot', 'show', 'controllers'], 'unknown basetype "prot"; did you mean'),
+            (['-f', 'html', 'meta', 'volumes'], '--format html conflicts with the meta command'),
             (['-o', 'sise', 'show', 'volumes'], 'unknown column "sise" of volumes for --output; did you mean size'),
             (['-o', 'size,', 'show', 'volumes'], 'an empty column name'),
             (['--sort', '-volume-nam', 'show', 'volumes'], 'for --sort; did you mean volume-name?'),

@@ -138,7 +138,9 @@ TEST_F(AllocationFailure, EveryPointFailsCleanlyOrReports) {
       {Preferences::OUTPUT_CONSOLE, "console"}, {Preferences::OUTPUT_API, "api"},
       {Preferences::OUTPUT_API_BRIEF, "api-brief"}, {Preferences::OUTPUT_XML2, "xml2"},
       {Preferences::OUTPUT_XML2_BRIEF, "xml2-brief"}, {Preferences::OUTPUT_JSON, "json"},
-      {Preferences::OUTPUT_JSON_ALT, "json-alt"}, {Preferences::OUTPUT_TAG, "tag"}};
+      {Preferences::OUTPUT_JSON_ALT, "json-alt"}, {Preferences::OUTPUT_TAG, "tag"},
+      {Preferences::OUTPUT_JSON_STD, "json-std"}, {Preferences::OUTPUT_CSV, "csv"},
+      {Preferences::OUTPUT_HTML, "html"}};
   for (const auto &t : types)
     sweep(t.second, printNested, t.first);
   // The metadata command allocates nothing today; the sweep covers whatever

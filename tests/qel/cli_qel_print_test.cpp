@@ -124,11 +124,39 @@ TEST_F(Print, OverflowIsCutSilently) {
   EXPECT_EQ(small.ReadAvailable(), 40);
 }
 
+// The standard formats, whole, of a table holding a nested one whose texts
+// need quoting, escaping and UTF-8 repair.
+TEST_F(Print, StandardFormatsWholeDocuments) {
+  using P = Preferences;
+  head_ = logRows(userRows({"q\"t,1", "b\xff\x01", "t\tx"}));
+  session_.getPreferences().setSelectedTable(tGSsnmp_2Dusers);
+  const std::pair<P::OutputType, std::string> cases[] = {
+      {P::OUTPUT_JSON_STD, "{\n\"managed-logs\":[\n"
+                           "{\"name\":\"alpha\",\"unhealthy-component\":[{\"name\":\"q\\\"t,1\",\"slot\":1},"
+                           "{\"name\":\"b\uFFFD\\u0001\",\"slot\":2},{\"name\":\"t\\tx\",\"slot\":3}],\"slot\":7},\n"
+                           "{\"name\":\"beta\",\"unhealthy-component\":[],\"slot\":8}\n]}\n"},
+      {P::OUTPUT_CSV, "name,slot\r\n\"q\"\"t,1\",1\r\nb\uFFFD\x01,2\r\nt\tx,3\r\n"},
+      {P::OUTPUT_TSV, "name\tslot\n\"q\"\"t,1\"\t1\nb\uFFFD\x01\t2\n\"t\tx\"\t3\n"},
+  };
+  for (const auto &c : cases)
+    EXPECT_EQ(print(c.first), c.second) << c.first;
+  const std::string ndjson = print(P::OUTPUT_NDJSON);
+  EXPECT_EQ(ndjson.substr(ndjson.find("\n{")), "\n{\"managed-logs\":{\"name\":\"beta\",\"unhealthy-component\":[],\"slot\":8}}\n");
+  session_.getPreferences().setLocale(LOCALE_DE);
+  const std::string page = print(P::OUTPUT_HTML, false, false, "show <x>");
+  for (const char *part : {"<html lang=\"de\">", "<title>show &lt;x&gt;</title>",
+                           "<td>q&quot;t,1</td><td class=\"n\">1</td>", "<summary>snmp-users (3)</summary>",
+                           "</script>\n</body></html>\n"})
+    EXPECT_NE(page.find(part), std::string::npos) << part;
+}
+
 TEST_F(Print, NullHeadStillGetsItsEnvelope) {
   LogCapture log;
   head_ = nullptr;
   EXPECT_EQ(print(Preferences::OUTPUT_API), "<RESPONSE VERSION=\"L100\">\n</RESPONSE>\n");
   EXPECT_EQ(print(Preferences::OUTPUT_CONSOLE), "\n");
+  EXPECT_EQ(print(Preferences::OUTPUT_JSON_STD), "{}\n");
+  EXPECT_EQ(print(Preferences::OUTPUT_CSV), "");
   EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>{"pDesc is NULL"});
 }
 

@@ -8,11 +8,12 @@ _qel() {
     words=("${COMP_WORDS[@]}")
     cword=$COMP_CWORD
   }
-  local formats="console api api-brief xml2 xml2-brief json json-alt tag"
+  local formats="console api api-brief xml2 xml2-brief json json-alt tag
+    json-std ndjson csv tsv html"
   local locales="en es fr de it ja nl zh-cn zh-tw ko"
   local options="--format --locale --no-l10n --width --units --precision --base
     --declaration --dtd --request --rows --output --sort --no-headings --layout
-    --help --version -f -l -w -o -s -n -h -V"
+    --labels --table --help --version -f -l -w -o -s -n -h -V"
 
   case $prev in
     -f|--format) COMPREPLY=($(compgen -W "$formats" -- "$cur")); return ;;
@@ -20,6 +21,7 @@ _qel() {
     --units) COMPREPLY=($(compgen -W "auto KB MB GB TB" -- "$cur")); return ;;
     --base) COMPREPLY=($(compgen -W "2 10" -- "$cur")); return ;;
     --layout) COMPREPLY=($(compgen -W "rows pairs packed labeled status" -- "$cur")); return ;;
+    --table) COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" tables 2>/dev/null | tail -n +2 | cut -d' ' -f1)" -- "$cur")); return ;;
     -w|--width|--precision|--rows|--request|-o|--output|-s|--sort) return ;;
   esac
 
@@ -28,7 +30,7 @@ _qel() {
   for ((i = 1; i < cword; i++)); do
     case ${words[i]} in
       --) after=1 ;;
-      -f|--format|-l|--locale|-w|--width|--units|--precision|--base|--request|--rows|-o|--output|-s|--sort|--layout) ((i++)) ;;
+      -f|--format|-l|--locale|-w|--width|--units|--precision|--base|--request|--rows|-o|--output|-s|--sort|--layout|--table) ((i++)) ;;
       -*) [ $after = 1 ] && { command=${words[i]}; break; } ;;
       *) command=${words[i]}; break ;;
     esac

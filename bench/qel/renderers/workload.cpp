@@ -344,7 +344,10 @@ int main(int argc, char **argv) {
   } formats[] = {{"console", Preferences::OUTPUT_CONSOLE}, {"api", Preferences::OUTPUT_API},
                  {"api-brief", Preferences::OUTPUT_API_BRIEF}, {"xml2", Preferences::OUTPUT_XML2},
                  {"xml2-brief", Preferences::OUTPUT_XML2_BRIEF}, {"json", Preferences::OUTPUT_JSON},
-                 {"json-alt", Preferences::OUTPUT_JSON_ALT}, {"tag", Preferences::OUTPUT_TAG}};
+                 {"json-alt", Preferences::OUTPUT_JSON_ALT}, {"tag", Preferences::OUTPUT_TAG},
+                 {"json-std", Preferences::OUTPUT_JSON_STD}, {"ndjson", Preferences::OUTPUT_NDJSON},
+                 {"csv", Preferences::OUTPUT_CSV}, {"tsv", Preferences::OUTPUT_TSV},
+                 {"html", Preferences::OUTPUT_HTML}};
   const std::vector<std::string> texts = makeTexts(rows);
   std::string apiDocument;
   std::vector<Result> results;

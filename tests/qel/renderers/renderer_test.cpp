@@ -154,7 +154,7 @@ TEST_F(Format, BadArgumentsAreLoggedAndLeaveTheValueEmpty) {
 // Rendering allocates per print (the column plan) and per descriptor (the
 // row-order array), never per row or per cell: the same table with 10 or
 // 1000 rows costs the same.
-template <typename R> long allocationsToRender(Preferences::OutputType type, int rows) {
+long allocationsToRender(Preferences::OutputType type, int rows) {
   utility::BufferStream out(1 << 22);
   services::user::Session session(out);
   session.getPreferences().setOutputFormat(type);
@@ -164,9 +164,8 @@ template <typename R> long allocationsToRender(Preferences::OutputType type, int
     QEL_FillColumnBlocks(&session, d, 4, r, "2048");
     QEL_FillColumnEnum(&session, d, 37, r, 0);
   }
-  R renderer(&session);
   const long before = framework::Memory::totalAllocations();
-  renderer.PrintTable(d, 0, 0);
+  QEL_Print_Data(d, &session, out, false, false, nullptr);
   const long used = framework::Memory::totalAllocations() - before;
   QEL_Free(d);
   return used;
@@ -174,12 +173,11 @@ template <typename R> long allocationsToRender(Preferences::OutputType type, int
 
 TEST(RenderAllocations, NonePerRowOrCell) {
   qeltest::startLibrary();
-  EXPECT_EQ(allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 10),
-            allocationsToRender<ConsoleRenderer>(Preferences::OUTPUT_CONSOLE, 1000));
-  EXPECT_EQ(allocationsToRender<XMLRenderer>(Preferences::OUTPUT_API, 10),
-            allocationsToRender<XMLRenderer>(Preferences::OUTPUT_API, 1000));
-  EXPECT_EQ(allocationsToRender<XMLRenderer>(Preferences::OUTPUT_XML2_BRIEF, 10),
-            allocationsToRender<XMLRenderer>(Preferences::OUTPUT_XML2_BRIEF, 1000));
+  using P = Preferences;
+  for (auto type : {P::OUTPUT_CONSOLE, P::OUTPUT_API, P::OUTPUT_XML2_BRIEF, P::OUTPUT_JSON,
+                    P::OUTPUT_TAG, P::OUTPUT_JSON_STD, P::OUTPUT_NDJSON, P::OUTPUT_CSV,
+                    P::OUTPUT_TSV, P::OUTPUT_HTML})
+    EXPECT_EQ(allocationsToRender(type, 10), allocationsToRender(type, 1000)) << type;
 }
 
 } // namespace
