@@ -54,9 +54,9 @@ void JSONRenderer::endDocument() { put("\n])\n"); }
 // Between tables of one chain endTable writes the comma; a table that
 // starts a page decides it here, from what the last page ended with.
 bool JSONRenderer::beginTable(Plan &plan, int, int) {
-  if (paged() && depth() == 0 && !continues()) {
+  if (paged() && depth() == 0) {
     const QEL_DESC *d = plan.desc;
-    if (m_comma && (d->numRows >= 1 || d->jsonSeparator))
+    if (m_comma && !continues() && (d->numRows >= 1 || d->jsonSeparator))
       putChar(',');
     m_comma = false;
   }
