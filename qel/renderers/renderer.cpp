@@ -380,6 +380,7 @@ bool Renderer::fillPlan(Plan &plan, QEL_DESC *desc) {
   plan.used = 0;
   plan.tableId = desc->tableId;
   plan.nameId = desc->nameId;
+  plan.consoleFormat = desc->consoleFormat;
   if (n > 0)
     std::memcpy(plan.snapshot, desc->pColumns, static_cast<std::size_t>(n) * sizeof(_QEL_COLUMN_DESC));
   for (Span &s : plan.table)
@@ -420,7 +421,7 @@ Renderer::Plan *Renderer::planFor(QEL_DESC *desc) {
       plan.count == n &&
       (n == 0 || std::memcmp(plan.snapshot, desc->pColumns,
                              static_cast<std::size_t>(n) * sizeof(_QEL_COLUMN_DESC)) == 0) &&
-      plan.desc && plan.desc->consoleFormat == desc->consoleFormat) {
+      plan.consoleFormat == desc->consoleFormat) {
     plan.desc = desc;
     for (int c = 0; c < n; ++c)
       plan.columns[c].desc = &desc->pColumns[c];

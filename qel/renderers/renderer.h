@@ -149,6 +149,7 @@ protected:
     _QEL_COLUMN_DESC *snapshot = nullptr; ///< the columns it was made for
     GS_TokenValues tableId{};             ///< the table it was made for
     GS_TokenValues nameId{};              ///< and its object name
+    std::uint8_t consoleFormat = 0;       ///< and its console layout
     Span table[4];                        ///< the renderer's per-table texts
 
     Text text(Span s) const { return {bytes + s.offset, s.size}; }
