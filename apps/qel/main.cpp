@@ -55,7 +55,7 @@ const char kUsage[] =
     "      --declaration  XML API: start with the XML declaration\n"
     "      --dtd          XML API: include the document type definition\n"
     "      --request TEXT XML API: the request echoed in the document\n"
-    "      --rows N       give a list table (volumes, drives, ...) N rows\n"
+    "      --rows N       give a list table (volumes, drives, ...) N rows, 0..1e9\n"
     "  -o, --output COLS  print only these columns, in this order (comma-separated\n"
     "                     property names, see qel meta <basetype>)\n"
     "  -s, --sort [-]COL  sort the rows by a column; a leading - sorts descending\n"
