@@ -247,19 +247,23 @@ void Renderer::deliver(const char *data, int size) {
       auto *held = static_cast<char *>(framework::Memory::StaticAlloc(static_cast<std::size_t>(grown)));
       if (!held) {
         outOfMemory("a held row");
-        release(nullptr);
-        deliver(data, size);
-        return;
+        m_holding = false;
+        if (outputStream && m_heldSize > 0)
+          outputStream->PutB(m_held, m_heldSize);
+        m_heldSize = 0;
+      } else {
+        if (m_heldSize > 0)
+          std::memcpy(held, m_held, static_cast<std::size_t>(m_heldSize));
+        framework::Memory::StaticFree(m_held);
+        m_held = held;
+        m_heldCapacity = grown;
       }
-      if (m_heldSize > 0)
-        std::memcpy(held, m_held, static_cast<std::size_t>(m_heldSize));
-      framework::Memory::StaticFree(m_held);
-      m_held = held;
-      m_heldCapacity = grown;
     }
-    std::memcpy(m_held + m_heldSize, data, static_cast<std::size_t>(size));
-    m_heldSize += size;
-    return;
+    if (m_holding) {
+      std::memcpy(m_held + m_heldSize, data, static_cast<std::size_t>(size));
+      m_heldSize += size;
+      return;
+    }
   }
   if (outputStream)
     outputStream->PutB(data, size);
@@ -272,6 +276,8 @@ void Renderer::hold() {
 
 void Renderer::release(const char *insert) {
   flush();
+  if (!m_holding)
+    return; // keeping failed, and what was kept went out then
   m_holding = false;
   if (insert)
     deliver(insert, static_cast<int>(std::strlen(insert)));

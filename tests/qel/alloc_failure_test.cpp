@@ -69,25 +69,27 @@ bool printNested(services::user::Session &s) {
   return created && types;
 }
 
-// The same kind of job as a paged print: 20 `managed-logs` rows in pages
-// of 7, a nested table in every fifth row, a second table after them.
+// The same kind of job as a paged print: 15 `managed-logs` rows in pages
+// of 1 (a row the tag form holds back) and 7, a nested table in every fifth
+// row, a second table after them.
 bool printPages(services::user::Session &s) {
   QEL_PRINT *print = QEL_PrintOpen(&s, s.getOutputStream(), true, true, "show managed-logs");
   bool created = print != nullptr;
-  for (int first = 0; first < 20 && created; first += 7) {
-    const int rows = first + 7 > 20 ? 20 - first : 7;
+  for (int first = 0; first < 15 && created;) {
+    const int rows = first == 0 ? 1 : 7;
     QEL_DESC *page = QEL_Create(&s, tGSmanaged_2Dlogs, tGSvolume, rows, 0);
+    first += rows;
     created = page != nullptr;
     for (int r = 0; r < rows && created; ++r) {
       QEL_FillColumnString(&s, page, 0, r, "entry <&>");
       QEL_FillColumnU32(&s, page, 2, r, static_cast<unsigned>(first + r));
-      if ((first + r) % 5 == 0) {
+      if ((first + r) % 5 == 1) {
         QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0);
         created = nested != nullptr;
         QEL_FillColumnQEL(&s, page, 1, r, nested);
       }
     }
-    if (created && first + 7 >= 20) {
+    if (created && first >= 15) {
       QEL_DESC *next = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0);
       created = next != nullptr;
       if (next)
