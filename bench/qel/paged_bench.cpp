@@ -82,7 +82,7 @@ BENCHMARK(BM_PagedVsWhole)
                     Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
                     Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG},
                    {0, 1},
-                   {100000}})
+                   {1000, 100000}})
     ->Unit(benchmark::kMillisecond);
 
 } // namespace
