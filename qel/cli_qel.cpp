@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -464,6 +465,29 @@ int rowCompare(const PropertyMetaData &p, QEL_CELL a, QEL_CELL b) {
 
 } // namespace
 
+int QEL_CompareRows(const QEL_DESC *a, int rowA, const QEL_DESC *b, int rowB) {
+  if (!a || !b || a->tableId != b->tableId || rowA < 0 || rowA >= a->numRows || rowB < 0 ||
+      rowB >= b->numRows) {
+    logErrorPrint("QEL_CompareRows: rows %d and %d of %s and %s cannot be compared", rowA, rowB,
+                  a ? keywordText(a->tableId) : "(null)", b ? keywordText(b->tableId) : "(null)");
+    return 0;
+  }
+  // The sort column: the last one the catalogue marks, as SORTOutput finds it.
+  int column = -1;
+  for (int c = 0; c < a->numColumns; ++c)
+    if (a->pColumns[c].pProperty && a->pColumns[c].pProperty->sort)
+      column = c;
+  if (column < 0 || column >= b->numColumns)
+    return 0;
+  const PropertyMetaData &p = *a->pColumns[column].pProperty;
+  auto *da = const_cast<QEL_DESC *>(a);
+  auto *db = const_cast<QEL_DESC *>(b);
+  const QEL_CELL x = cellAt(da, rowA, column), y = cellAt(db, rowB, column);
+  if (qel_detail::holdsPointer(p.type) && (!x || !y))
+    return (x != 0) - (y != 0);
+  return QEL_compare(p.sortType, p.type, x, y);
+}
+
 void QEL_SortRows(QEL_DESC *desc, GS_TokenValues column, bool descending) {
   if (!desc)
     return;
@@ -498,9 +522,6 @@ void QEL_SortRows(QEL_DESC *desc, GS_TokenValues column, bool descending) {
 namespace {
 
 constexpr unsigned kDebugPrint = 1193;
-
-const char kXmlDeclaration[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
 
 const char kDtd[] =
     "<!DOCTYPE RESPONSE [\n"
@@ -543,106 +564,156 @@ void debugPrint(const char *line) {
     logDebugPrint("%s", line);
 }
 
-// The new output types write their whole document through the renderer.
-template <typename R>
-void printDocument(QEL_DESC *head, services::user::Session *session, utility::PutStream &stream,
-                   bool includeDtd, bool includeXmlDeclaration, const char *request) {
-  R renderer(session, stream);
-  Renderer::DocumentOptions options;
-  options.includeDtd = includeDtd;
-  options.includeXmlDeclaration = includeXmlDeclaration;
-  options.request = request;
-  renderer.beginDocument(options);
-  renderer.PrintTable(head, 0, 0);
-  renderer.endDocument();
+} // namespace
+
+const char *getDTDString() { return kDtd; }
+
+namespace {
+
+using services::user::Preferences;
+
+// Logs and reports an output type no renderer serves.
+void unrecognised(Preferences::OutputType type, utility::PutStream &stream) {
+  const char *text = keywordText(type);
+  framework::Logger::StaticLogMethod(
+      0,
+      "void QEL_Print_Data(QEL_DESC*, services::user::Session*, "
+      "utility::PutStream&, bool, bool, const char*)",
+      kUnknownTypeLogLine, "ERROR: Unrecognized output format %d (%s)", static_cast<int>(type),
+      text);
+  stream.PutF("Error: Unrecognized output format (line - %d)type %d (%s)\n", kUnknownTypeTextLine,
+              static_cast<int>(type), text);
+}
+
+template <typename R, typename... Args> Renderer *make(Args &&...args) {
+  void *block = framework::Memory::StaticAlloc(sizeof(R));
+  return block ? new (block) R(std::forward<Args>(args)...) : nullptr;
+}
+
+// The renderer of the session's output type (null: out of memory, or a type
+// no renderer serves: \p known says which). Console tables go to \p stream
+// when \p includeDtd is set.
+Renderer *makeRenderer(services::user::Session *session, utility::PutStream &stream,
+                       bool includeDtd, bool &known) {
+  known = true;
+  switch (session->getPreferences().getOutputFormat()) {
+  case Preferences::OUTPUT_TAG:
+    return make<TagRenderer>(session);
+  case Preferences::OUTPUT_API:
+  case Preferences::OUTPUT_API_BRIEF:
+  case Preferences::OUTPUT_XML2:
+  case Preferences::OUTPUT_XML2_BRIEF:
+    return make<XMLRenderer>(session);
+  case Preferences::OUTPUT_JSON:
+  case Preferences::OUTPUT_JSON_ALT:
+    return make<JSONRenderer>(session);
+  case Preferences::OUTPUT_JSON_STD:
+  case Preferences::OUTPUT_NDJSON:
+    return make<StdJSONRenderer>(session, stream);
+  case Preferences::OUTPUT_CSV:
+  case Preferences::OUTPUT_TSV:
+    return make<CSVRenderer>(session, stream);
+  case Preferences::OUTPUT_HTML:
+    return make<HTMLRenderer>(session, stream);
+  case Preferences::OUTPUT_CONSOLE:
+    debugPrint("QEL_Print_Data: Printing with ConsoleRenderer");
+    return includeDtd ? make<ConsoleRenderer>(session, stream) : make<ConsoleRenderer>(session);
+  default:
+    known = false;
+    return nullptr;
+  }
+}
+
+void destroy(Renderer *renderer) {
+  if (!renderer)
+    return;
+  renderer->~Renderer();
+  framework::Memory::StaticFree(renderer);
 }
 
 } // namespace
 
-const char *getDTDString() { return kDtd; }
+// One paged print: its renderer lives from open to close, so object ids,
+// plans and the console's widths carry from page to page.
+struct QEL_PRINT {
+  Renderer *renderer;         ///< owned
+  utility::PutStream *stream; ///< where the envelope goes; not owned
+  bool stopped;               ///< no more pages are printed
+};
 
 void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
                     utility::PutStream &stream, bool includeDtd,
                     bool includeXmlDeclaration, const char *request) {
   if (!session)
     return;
-  using services::user::Preferences;
-  const Preferences::OutputType type = session->getPreferences().getOutputFormat();
   stream.setSilentTruncation(true);
   debugPrint("QEL_Print_Data: Enter");
-  switch (type) {
-  case Preferences::OUTPUT_TAG: {
-    stream.PutS(kXmlDeclaration);
-    stream.PutS("<!-- This format is deprecated and will not be available in future "
-                "versions-->\n");
-    stream.PutS("<data>\n");
-    TagRenderer(session).PrintTable(head, 0, 0);
-    stream.PutS("</data>\n");
-    break;
+  bool known = true;
+  Renderer *renderer = makeRenderer(session, stream, includeDtd, known);
+  if (!renderer) {
+    if (known)
+      framework::Logger::StaticLog(0, "QEL_Print_Data: out of memory; nothing is printed");
+    else
+      unrecognised(session->getPreferences().getOutputFormat(), stream);
+    return;
   }
-  case Preferences::OUTPUT_API:
-  case Preferences::OUTPUT_API_BRIEF:
-  case Preferences::OUTPUT_XML2:
-  case Preferences::OUTPUT_XML2_BRIEF: {
-    if (includeXmlDeclaration)
-      stream.PutS(kXmlDeclaration);
-    if (includeDtd)
-      stream.PutS(kDtd);
-    stream.PutF("<RESPONSE VERSION=\"%s\"", "L100");
-    if (request && *request) {
-      stream.PutS(" REQUEST=\"");
-      Renderer::convertBuffer(stream, request);
-      stream.PutC('"');
-    }
-    stream.PutS(">\n");
-    XMLRenderer(session).PrintTable(head, 0, 0);
-    stream.PutS("</RESPONSE>\n");
-    break;
+  const Renderer::DocumentOptions options{includeDtd, includeXmlDeclaration, request};
+  renderer->documentTo(stream, &options);
+  if (session->getPreferences().getOutputFormat() == Preferences::OUTPUT_CONSOLE)
+    debugPrint("QEL_Print_Data: Printing Table");
+  renderer->PrintTable(head, 0, 0);
+  renderer->documentTo(stream, nullptr);
+  destroy(renderer);
+}
+
+QEL_PRINT *QEL_PrintOpen(services::user::Session *session, utility::PutStream &stream,
+                         bool includeDtd, bool includeXmlDeclaration, const char *request) {
+  if (!session)
+    return nullptr;
+  stream.setSilentTruncation(true);
+  bool known = true;
+  Renderer *renderer = makeRenderer(session, stream, includeDtd, known);
+  auto *print = renderer ? static_cast<QEL_PRINT *>(framework::Memory::StaticAlloc(sizeof(QEL_PRINT)))
+                         : nullptr;
+  if (!print) {
+    destroy(renderer);
+    if (known)
+      framework::Logger::StaticLog(0, "QEL_PrintOpen: out of memory");
+    else
+      unrecognised(session->getPreferences().getOutputFormat(), stream);
+    return nullptr;
   }
-  case Preferences::OUTPUT_JSON:
-  case Preferences::OUTPUT_JSON_ALT: {
-    stream.PutS("new APIData([");
-    JSONRenderer(session).PrintTable(head, 0, 0);
-    stream.PutS("\n])\n");
-    break;
+  *print = {renderer, &stream, false};
+  const Renderer::DocumentOptions options{includeDtd, includeXmlDeclaration, request};
+  renderer->documentTo(stream, &options);
+  return print;
+}
+
+bool QEL_PrintPage(QEL_PRINT *print, QEL_DESC *head) {
+  if (!print || print->stopped)
+    return false;
+  Renderer &r = *print->renderer;
+  if (!r.PrintPage(head)) {
+    print->stopped = true;
+    return false;
   }
-  case Preferences::OUTPUT_JSON_STD:
-  case Preferences::OUTPUT_NDJSON:
-    printDocument<StdJSONRenderer>(head, session, stream, includeDtd, includeXmlDeclaration,
-                                   request);
-    break;
-  case Preferences::OUTPUT_CSV:
-  case Preferences::OUTPUT_TSV:
-    printDocument<CSVRenderer>(head, session, stream, includeDtd, includeXmlDeclaration, request);
-    break;
-  case Preferences::OUTPUT_HTML:
-    printDocument<HTMLRenderer>(head, session, stream, includeDtd, includeXmlDeclaration, request);
-    break;
-  case Preferences::OUTPUT_CONSOLE: {
-    debugPrint("QEL_Print_Data: Printing with ConsoleRenderer");
-    if (includeDtd) {
-      ConsoleRenderer renderer(session, stream);
-      debugPrint("QEL_Print_Data: Printing Table");
-      renderer.PrintTable(head, 0, 0);
-    } else {
-      ConsoleRenderer renderer(session);
-      debugPrint("QEL_Print_Data: Printing Table");
-      renderer.PrintTable(head, 0, 0);
-    }
-    stream.PutS("\n");
-    break;
+  // A sink that takes no more text ends the print here rather than after
+  // rendering every remaining page into nothing.
+  if ((r.outputStream && r.outputStream->isOutputStreamInError()) ||
+      print->stream->isOutputStreamInError()) {
+    framework::Logger::StaticLog(
+        0, "QEL_PrintPage: the output stream is full or failed; the print stops");
+    print->stopped = true;
+    return false;
   }
-  default: {
-    const char *text = keywordText(type);
-    framework::Logger::StaticLogMethod(
-        0,
-        "void QEL_Print_Data(QEL_DESC*, services::user::Session*, "
-        "utility::PutStream&, bool, bool, const char*)",
-        kUnknownTypeLogLine, "ERROR: Unrecognized output format %d (%s)", static_cast<int>(type),
-        text);
-    stream.PutF("Error: Unrecognized output format (line - %d)type %d (%s)\n", kUnknownTypeTextLine,
-                static_cast<int>(type), text);
-    break;
-  }
-  }
+  return true;
+}
+
+void QEL_PrintClose(QEL_PRINT *print) {
+  if (!print)
+    return;
+  print->renderer->endPages();
+  print->renderer->documentTo(*print->stream, nullptr);
+  destroy(print->renderer);
+  framework::Memory::StaticFree(print);
 }

@@ -184,4 +184,63 @@ QEL_API void QEL_Print_Data(QEL_DESC *head, services::user::Session *session,
 /// The DTD that may precede an XML API document's RESPONSE element.
 QEL_API const char *getDTDString();
 
+/// Compares row \p rowA of \p a with row \p rowB of \p b, two descriptors of
+/// one table, by the catalogue's sort rule for the table: the comparison of
+/// its sort column's sort type, a missing text first. Negative, 0 or
+/// positive; 0 for a table without a sort column. Rows stably sorted by it
+/// print as a whole print orders them (SORTOutput, when no sort-column text
+/// is missing). Null descriptors, different tables or rows out of range are
+/// logged ("QEL_CompareRows: ...") and compare 0.
+QEL_API int QEL_CompareRows(const QEL_DESC *a, int rowA, const QEL_DESC *b, int rowB);
+
+/// A paged print: one document printed from any number of descriptors, one
+/// page at a time, so that a list of any length needs only one page of rows
+/// in memory.
+///
+///   QEL_PRINT *print = QEL_PrintOpen(session, stream, false, false, nullptr);
+///   while (more rows)
+///     { fill a descriptor with the next rows; QEL_PrintPage(print, d); QEL_Free(d); }
+///   QEL_PrintClose(print);
+///
+/// The document is the one QEL_Print_Data would print for the pages'
+/// descriptors linked into one chain, except that a page whose first
+/// descriptor has the table, object name, console layout and column count
+/// of the previous page's last descriptor continues it: its rows print as
+/// more rows of that descriptor (object ids, row indexes and separators go
+/// on; no second console header). Rows print in the order given: a paged
+/// print sorts no top-level rows, so a caller that makes rows out of order
+/// sorts them (QEL_CompareRows; QEL_SortRows for one page). Rows given in
+/// print order come out in the XML API, tag and web-script forms byte for
+/// byte as one descriptor holding them all would print. Nested tables and
+/// XML2 associations print as in a whole print.
+///
+/// Console: headers and rules are written once per table. A column is as
+/// wide as the widest value (or heading) of the pages seen so far: the first
+/// page sets the widths, a later, wider value widens the column from its
+/// page on, and no column narrows; so a table that fits one page prints as
+/// QEL_Print_Data prints it.
+///
+/// A print belongs to one thread, like its descriptors. It holds no
+/// descriptor: after QEL_PrintPage returns, the caller frees the page or
+/// fills it again for the next one (set numRows to the rows it holds now).
+struct QEL_PRINT;
+
+/// Opens a paged print in the session's output type; the streams and
+/// flags are those of QEL_Print_Data, and the document's beginning is
+/// written now. Null, with nothing written, when memory runs out
+/// ("QEL_PrintOpen: out of memory" logged); null after the message of
+/// QEL_Print_Data for an unrecognised output type; null for a null session.
+QEL_API QEL_PRINT *QEL_PrintOpen(services::user::Session *session, utility::PutStream &stream,
+                                 bool includeDtd, bool includeXmlDeclaration,
+                                 const char *request);
+/// Prints the chain \p head as the next page (null: nothing). False when
+/// the print has stopped: memory ran out (logged by the renderer), or the
+/// output stream is full or in error ("QEL_PrintPage: the output stream is
+/// full or failed; the print stops" logged once). A stopped print writes
+/// no more pages; the caller still closes it, and frees its descriptors.
+QEL_API bool QEL_PrintPage(QEL_PRINT *print, QEL_DESC *head);
+/// Ends the document (as far as a stopped print allows) and releases the
+/// print. Null is ignored.
+QEL_API void QEL_PrintClose(QEL_PRINT *print);
+
 #endif

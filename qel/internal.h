@@ -10,6 +10,10 @@
 
 namespace qel_detail {
 
+/// The XML declaration that opens XML API and tag documents.
+inline constexpr char kXmlDeclaration[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
+
 /// Text for a "%s" argument: never null.
 inline const char *text(const char *s) { return s ? s : ""; }
 

@@ -65,7 +65,7 @@ const char kUsage[] =
     "      --request TEXT XML API: the request echoed in the document\n"
     "      --labels       csv, tsv: a header of labels in the locale, not keywords\n"
     "      --table B      csv, tsv: the rows of basetype B wherever they are nested\n"
-    "      --rows N       give a list table (volumes, drives, ...) N rows\n"
+    "      --rows N       give a list table (volumes, drives, ...) N rows, 0..1e9\n"
     "  -o, --output COLS  print only these columns, in this order (comma-separated\n"
     "                     property names, see qel meta <basetype>)\n"
     "  -s, --sort [-]COL  sort the rows by a column; a leading - sorts descending\n"
@@ -164,6 +164,10 @@ const char *longName(int value) {
       return o.name;
   return "?";
 }
+
+// --rows: printed in pages of kPageRows rows, so any count fits in memory.
+constexpr long kMaxRows = 1000000000;
+constexpr int kPageRows = 4096;
 
 struct Options {
   const Format *format = &kFormats[0];
@@ -312,7 +316,7 @@ Options parse(int argc, char **argv) {
     case optDeclaration: o.declaration = true; break;
     case optDtd: o.dtd = true; break;
     case optRequest: o.request = value; break;
-    case optRows: o.rows = number(value, c, 0, 10000000); break;
+    case optRows: o.rows = number(value, c, 0, kMaxRows); break;
     case optOutput:
       o.columns = splitCommas(value);
       for (const std::string &column : o.columns)
@@ -487,12 +491,12 @@ Show checkShow(const Options &o) {
   if (o.rows >= 0) {
     if (!sample::isScalable(s.index))
       conflict(optRows, "show " + name + " (a table with a fixed number of rows)");
-    // The largest descriptor the library builds: (rows * columns + 10) * 4
-    // bytes must fit an int.
+    // Sorting needs the whole table in one descriptor, and the largest the
+    // library builds has (rows * columns + 10) * 4 bytes that fit an int.
     const long limit = (INT_MAX / 4 - 10) / std::max(1, s.table->getNumColumns());
-    if (o.rows > limit)
+    if (!o.sort.empty() && o.rows > limit)
       fail("invalid value \"" + std::to_string(o.rows) + "\" for --rows: show " + name +
-           " holds at most " + std::to_string(limit) + " rows");
+           " sorted holds at most " + std::to_string(limit) + " rows");
   }
   for (const std::string &column : o.columns)
     s.columns.push_back(columnToken(s.table, column, optOutput));
@@ -515,6 +519,37 @@ int layoutFor(const Options &o) {
   if (o.noHeadings)
     return QEL_FORMAT_EMBEDDED_ROWS;
   return o.layout;
+}
+
+// --rows without --sort: the table in pages of kPageRows rows, in the order
+// the sample makes them, then what follows it; one page in memory at a
+// time. False when a descriptor could not be built.
+bool printPaged(services::user::Session &session, utility::PutStream &out, const Show &show,
+                const Options &o) {
+  QEL_PRINT *print = QEL_PrintOpen(&session, out, o.dtd, o.declaration,
+                                   o.request.empty() ? nullptr : o.request.c_str());
+  if (!print)
+    return false;
+  bool built = true;
+  long first = 0;
+  do {
+    const int count = static_cast<int>(std::min<long>(kPageRows, o.rows - first));
+    QEL_DESC *page = sample::buildPage(session, show.index, first, count, layoutFor(o));
+    built = page != nullptr;
+    if (page)
+      shapeColumns(page, show, o);
+    const bool printed = built && QEL_PrintPage(print, page);
+    QEL_Free(page);
+    if (!printed)
+      break;
+    first += count;
+  } while (first < o.rows);
+  if (QEL_DESC *trailer = built ? sample::buildTrailer(session, show.index) : nullptr) {
+    QEL_PrintPage(print, trailer);
+    QEL_Free(trailer);
+  }
+  QEL_PrintClose(print);
+  return built;
 }
 
 int run(int argc, char **argv) {
@@ -581,11 +616,14 @@ int run(int argc, char **argv) {
     cli_metaHandler(&session, arguments ? o.words[1].c_str() : "all");
   } else {
     Progress progress(command + " " + o.words[1]);
-    QEL_DESC *head = sample::buildShow(session, show.index, static_cast<int>(o.rows), layoutFor(o));
-    if (!head) {
-      std::fprintf(stderr, "qel: could not build the %s table\n", o.words[1].c_str());
-      status = 1;
-    } else {
+    if (o.rows >= 0 && o.sort.empty()) {
+      progress.printing();
+      if (!printPaged(session, out, show, o)) {
+        std::fprintf(stderr, "qel: could not build the %s table\n", o.words[1].c_str());
+        status = 1;
+      }
+    } else if (QEL_DESC *head = sample::buildShow(session, show.index, static_cast<int>(o.rows),
+                                                   layoutFor(o))) {
       shapeColumns(head, show, o);
       progress.printing();
       // The page's title is the command.
@@ -594,6 +632,9 @@ int run(int argc, char **argv) {
       QEL_Print_Data(head, &session, out, o.dtd, o.declaration,
                      request.empty() ? nullptr : request.c_str());
       QEL_Free(head);
+    } else {
+      std::fprintf(stderr, "qel: could not build the %s table\n", o.words[1].c_str());
+      status = 1;
     }
     out.FlushOutputStream();
   }

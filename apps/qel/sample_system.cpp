@@ -53,7 +53,7 @@ void expand(const char *text, int size, int n, char *out, int cap) {
 
 QEL_DESC *build(Session &session, int index, int rows);
 
-void fill(Session &session, QEL_DESC *d, const Value &v, int row, int n) {
+void fill(Session &session, QEL_DESC *d, const Value &v, int row, long n) {
   const PropertyMetaData *prop = d->pColumns[v.column].pProperty;
   const ColumnDataType type = prop->type;
   Session *s = &session;
@@ -61,7 +61,7 @@ void fill(Session &session, QEL_DESC *d, const Value &v, int row, int n) {
   // generator keeps sample texts within their columns anyway.
   char text[512];
   if (v.text && type != COLTYPE_HEX_STRING)
-    expand(v.text, v.size, n, text, sizeof text);
+    expand(v.text, v.size, static_cast<int>(n), text, sizeof text);
   switch (type) {
   case COLTYPE_HEX8: QEL_FillColumnHex8(s, d, v.column, row, static_cast<std::uint8_t>(v.number)); break;
   case COLTYPE_HEX32: QEL_FillColumnHex32(s, d, v.column, row, v.number); break;
@@ -103,24 +103,33 @@ void fill(Session &session, QEL_DESC *d, const Value &v, int row, int n) {
   }
 }
 
-QEL_DESC *build(Session &session, int index, int rows) {
+// Rows first .. first + count - 1 of table \p index: row r repeats sample
+// row r % t.rows, numbered r + 1; the values are stored row by row.
+QEL_DESC *buildRows(Session &session, int index, long first, int count) {
   const Table &t = tables[index];
-  const int count = t.scalable && rows >= 0 ? rows : t.rows;
   QEL_DESC *d = QEL_Create(&session, strings::GS.toToken(t.basetype), tGSnone, count, t.layout);
   if (!d || t.rows == 0)
     return d;
-  // Row r repeats sample row r % t.rows; the values are stored row by row.
+  // The values are sorted by sample row: find the first page row's, then
+  // go on from there.
   int start = 0;
+  while (start < t.valueCount && t.values[start].row < first % t.rows)
+    ++start;
   for (int r = 0; r < count; ++r) {
-    const int sampleRow = r % t.rows;
+    const int sampleRow = static_cast<int>((first + r) % t.rows);
     if (sampleRow == 0)
       start = 0;
     int i = start;
     for (; i < t.valueCount && t.values[i].row == sampleRow; ++i)
-      fill(session, d, t.values[i], r, r + 1);
+      fill(session, d, t.values[i], r, first + r + 1);
     start = i;
   }
   return d;
+}
+
+QEL_DESC *build(Session &session, int index, int rows) {
+  const Table &t = tables[index];
+  return buildRows(session, index, 0, t.scalable && rows >= 0 ? rows : t.rows);
 }
 
 } // namespace
@@ -140,16 +149,36 @@ QEL_DESC *buildShow(Session &session, int index, int scaleRows, int layout) {
     return nullptr;
   if (layout >= 0)
     head->consoleFormat = static_cast<std::uint8_t>(layout);
+  if (QEL_DESC *trailer = buildTrailer(session, index))
+    QEL_link(head, trailer);
+  return head;
+}
+
+QEL_DESC *buildPage(Session &session, int index, long first, int count, int layout) {
+  QEL_DESC *page = buildRows(session, index, first, count);
+  if (page && layout >= 0)
+    page->consoleFormat = static_cast<std::uint8_t>(layout);
+  return page;
+}
+
+QEL_DESC *buildTrailer(Session &session, int index) {
+  QEL_DESC *head = nullptr;
+  auto add = [&head](QEL_DESC *d) {
+    if (!d)
+      return;
+    if (head)
+      QEL_link(head, d);
+    else
+      head = d;
+  };
   const Table &t = tables[index];
   for (int i = 0; i < t.linkCount; ++i)
-    if (QEL_DESC *linked = build(session, t.links[i], -1))
-      QEL_link(head, linked);
+    add(build(session, t.links[i], -1));
   // Every command ends with its completion status, as the CLI reports it.
   if (std::strcmp(t.basetype, "status") != 0)
     for (int i = 0; i < tableCount; ++i)
       if (!tables[i].shown && std::strcmp(tables[i].name, "command-status") == 0) {
-        if (QEL_DESC *status = build(session, i, -1))
-          QEL_link(head, status);
+        add(build(session, i, -1));
         break;
       }
   return head;

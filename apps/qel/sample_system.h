@@ -21,6 +21,14 @@ bool isScalable(int index);
 /// logged why).
 QEL_DESC *buildShow(services::user::Session &session, int index, int scaleRows, int layout);
 
+/// Rows \p first to \p first + \p count - 1 of scalable show table \p index
+/// scaled to any number of rows, as one descriptor (layout as above): a
+/// page of the table that buildShow would build whole. Null as above.
+QEL_DESC *buildPage(services::user::Session &session, int index, long first, int count, int layout);
+/// What buildShow links after show table \p index: its linked objects and
+/// the command-status object; null when there are none.
+QEL_DESC *buildTrailer(services::user::Session &session, int index);
+
 } // namespace sample
 
 #endif

@@ -15,6 +15,12 @@
 // columns the widest value filled or the heading. A line wraps with "\n  "
 // before a column that would reach the screen width; rules never exceed it.
 // Text is written as it is: the console escapes nothing.
+//
+// A paged print writes a table's header and rules once. Its columns are as
+// wide as the widest value (or heading) of the pages seen so far: the first
+// page sets the widths as a whole print of its rows would, and a later page
+// with a wider value widens the column from that page on, never narrowing
+// it. Rows of later pages may therefore stand wider than the header.
 #include <qel/renderers/cli_ConsoleRenderer.h>
 
 #include <qel/internal.h>
@@ -63,7 +69,9 @@ ConsoleRenderer::ConsoleRenderer(services::user::Session *session) : Renderer(se
 ConsoleRenderer::ConsoleRenderer(services::user::Session *session, utility::PutStream &stream)
     : Renderer(session, stream) {}
 
-ConsoleRenderer::~ConsoleRenderer() = default;
+ConsoleRenderer::~ConsoleRenderer() { framework::Memory::StaticFree(m_widths); }
+
+void ConsoleRenderer::endDocument() { put("\n"); }
 
 void ConsoleRenderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
   Call call(*this);
@@ -123,6 +131,12 @@ bool ConsoleRenderer::beginTable(Plan &plan, int, int indent) {
   QEL_DESC *d = plan.desc;
   if (d->printed)
     return false;
+  if (paged() && depth() == 0) {
+    if (continues())
+      return keepWidths(plan, false);
+    if (m_closing)
+      closeTable(true);
+  }
   Level &level = m_levels[depth()];
   level.layout = d->consoleFormat <= QEL_FORMAT_STATUS ? d->consoleFormat : int{QEL_FORMAT_ROWS};
   level.rule = 0;
@@ -130,7 +144,49 @@ bool ConsoleRenderer::beginTable(Plan &plan, int, int indent) {
     level.rule = printHeader(plan, indent);
   for (int i = 0; i < plan.count; ++i)
     plan.columns[i].width = columnWidth(*plan.columns[i].desc);
+  if (paged() && depth() == 0)
+    return keepWidths(plan, true);
   return true;
+}
+
+// Paged: the widths of the table so far (none when \p fresh: a new table),
+// widened by this page's.
+bool ConsoleRenderer::keepWidths(Plan &plan, bool fresh) {
+  if (plan.count > m_widthCount) {
+    auto *widths = static_cast<int *>(
+        framework::Memory::StaticAlloc(static_cast<std::size_t>(plan.count) * sizeof(int)));
+    if (!widths) {
+      outOfMemory("column widths");
+      return false;
+    }
+    for (int i = 0; i < plan.count; ++i)
+      widths[i] = i < m_widthCount && !fresh ? m_widths[i] : 0;
+    framework::Memory::StaticFree(m_widths);
+    m_widths = widths;
+    m_widthCount = plan.count;
+  }
+  for (int i = 0; i < plan.count; ++i) {
+    Column &col = plan.columns[i];
+    m_widths[i] = std::max(fresh ? 0 : m_widths[i], columnWidth(*col.desc));
+    col.width = m_widths[i];
+  }
+  return true;
+}
+
+// The end of a top-level table: its closing rule, and the blank line
+// before the next table when \p more.
+void ConsoleRenderer::closeTable(bool more) {
+  const Level &level = m_levels[0];
+  if (level.layout == QEL_FORMAT_ROWS)
+    putRun(screenWidth <= level.rule ? screenWidth - 1 : level.rule, '-');
+  if (more)
+    putChar('\n');
+  m_closing = false;
+}
+
+void ConsoleRenderer::endChain(QEL_DESC *, int) {
+  if (paged() && depth() == 0 && m_closing)
+    closeTable(false);
 }
 
 // The header line and its rule; returns the rule's length. A heading longer
@@ -313,6 +369,14 @@ void ConsoleRenderer::endRow(Plan &, int, int) {
 }
 
 void ConsoleRenderer::endTable(Plan &plan, int indent) {
+  if (paged() && depth() == 0) {
+    // The table may go on in the next page: the rule waits.
+    plan.desc->printed = 1;
+    m_closing = true;
+    if (plan.desc->pNext)
+      closeTable(true);
+    return;
+  }
   const Level &level = m_levels[depth()];
   if (indent == 0) {
     if (level.layout == QEL_FORMAT_ROWS)

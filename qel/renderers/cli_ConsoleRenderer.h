@@ -14,6 +14,8 @@ public:
   ~ConsoleRenderer() override;
 
   void PrintTable(QEL_DESC *desc, int parentOid, int indent) override;
+  /// One newline after the tables.
+  void endDocument() override;
 
 private:
   void planTable(Plan &plan) override;
@@ -27,7 +29,10 @@ private:
   void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
   void endRow(Plan &plan, int row, int indent) override;
   void endTable(Plan &plan, int indent) override;
+  void endChain(QEL_DESC *head, int indent) override;
   int printHeader(Plan &plan, int indent);
+  void closeTable(bool more);
+  bool keepWidths(Plan &plan, bool fresh);
 
   struct Level {
     int layout; ///< the descriptor's consoleFormat, 0 for any unknown value
@@ -36,6 +41,11 @@ private:
     bool open;  ///< labeled: the bracket is open
   };
   Level m_levels[kMaxDepth + 1];
+  // Paged print: the top-level table's widths, and its closing rule, which
+  // waits until the next page shows whether the table goes on.
+  int *m_widths = nullptr; ///< column widths so far, one per column
+  int m_widthCount = 0;    ///< entries allocated
+  bool m_closing = false;  ///< the closing rule is owed
 };
 
 #endif

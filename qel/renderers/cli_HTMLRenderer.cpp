@@ -213,15 +213,33 @@ void HTMLRenderer::planTable(Plan &plan) {
   head += "</tr></thead>\n<tbody>\n";
   if (!addText(plan, plan.table[0], head.c_str()))
     return;
-  addText(plan, plan.table[1], "</tbody></table>\n");
+  addText(plan, plan.table[1], kTableEnd);
 }
 
 bool HTMLRenderer::beginTable(Plan &plan, int, int) {
+  if (paged() && depth() == 0) {
+    if (continues())
+      return true;
+    if (m_open)
+      put(kTableEnd);
+  }
   put(plan.text(plan.table[0]));
   return true;
 }
 
-void HTMLRenderer::endTable(Plan &plan, int) { put(plan.text(plan.table[1])); }
+void HTMLRenderer::endTable(Plan &plan, int) {
+  // Paged: the table may go on in the next page, so it stays open until a
+  // page shows otherwise or the print ends.
+  m_open = paged() && depth() == 0 && !plan.desc->pNext;
+  if (!m_open)
+    put(plan.text(plan.table[1]));
+}
+
+void HTMLRenderer::endChain(QEL_DESC *, int) {
+  if (paged() && depth() == 0 && m_open)
+    put(kTableEnd);
+  m_open = false;
+}
 
 void HTMLRenderer::beginRow(Plan &, int, int, int) { put("<tr>"); }
 

@@ -27,6 +27,11 @@ private:
   void nestedCell(Plan &plan, const Column &col, QEL_DESC *nested, int indent) override;
   void endRow(Plan &plan, int row, int indent) override;
   void endTable(Plan &plan, int indent) override;
+  void endChain(QEL_DESC *head, int indent) override;
+
+  static constexpr char kTableEnd[] = "</tbody></table>\n";
+  /// Paged: the top-level table is open; the next page may continue it.
+  bool m_open = false;
 };
 
 #endif

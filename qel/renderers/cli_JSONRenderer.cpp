@@ -47,6 +47,22 @@ JSONRenderer::JSONRenderer(services::user::Session *session) : Renderer(session)
 
 JSONRenderer::~JSONRenderer() = default;
 
+void JSONRenderer::beginDocument(const DocumentOptions &) { put("new APIData(["); }
+
+void JSONRenderer::endDocument() { put("\n])\n"); }
+
+// Between tables of one chain endTable writes the comma; a table that
+// starts a page decides it here, from what the last page ended with.
+bool JSONRenderer::beginTable(Plan &plan, int, int) {
+  if (paged() && depth() == 0) {
+    const QEL_DESC *d = plan.desc;
+    if (m_comma && !continues() && (d->numRows >= 1 || d->jsonSeparator))
+      putChar(',');
+    m_comma = false;
+  }
+  return true;
+}
+
 bool JSONRenderer::sortsRows(const Plan &) const { return false; }
 
 void JSONRenderer::orderFailed() {}
@@ -144,6 +160,9 @@ void JSONRenderer::endRow(Plan &plan, int, int indent) {
 void JSONRenderer::endTable(Plan &plan, int) {
   const QEL_DESC *d = plan.desc;
   const QEL_DESC *next = d->pNext;
-  if (next && d->numRows >= 1 && (next->numRows >= 1 || next->jsonSeparator))
+  const bool rows = rowsBefore() + d->numRows >= 1;
+  if (next && rows && (next->numRows >= 1 || next->jsonSeparator))
     putChar(',');
+  if (!next && paged() && depth() == 0)
+    m_comma = rows;
 }

@@ -13,9 +13,13 @@ public:
   explicit JSONRenderer(services::user::Session *session);
   ~JSONRenderer() override;
 
+  /// The outer constructor call: "new APIData([" and "\n])\n".
+  void beginDocument(const DocumentOptions &options) override;
+  void endDocument() override;
 
 private:
   void planTable(Plan &plan) override;
+  bool beginTable(Plan &plan, int parentOid, int indent) override;
   bool sortsRows(const Plan &plan) const override;
   void orderFailed() override;
   void beginRow(Plan &plan, int row, int position, int indent) override;
@@ -31,6 +35,7 @@ private:
     bool first; ///< no property written yet in this row
   };
   Level m_levels[kMaxDepth + 1];
+  bool m_comma = false; ///< paged: the last page's last table had rows
 };
 
 extern "C" {

@@ -24,6 +24,14 @@ TagRenderer::TagRenderer(services::user::Session *session) : Renderer(session) {
 
 TagRenderer::~TagRenderer() = default;
 
+void TagRenderer::beginDocument(const DocumentOptions &) {
+  put(qel_detail::kXmlDeclaration);
+  put("<!-- This format is deprecated and will not be available in future versions-->\n");
+  put("<data>\n");
+}
+
+void TagRenderer::endDocument() { put("</data>\n"); }
+
 bool TagRenderer::sortsRows(const Plan &) const { return false; }
 
 void TagRenderer::orderFailed() {}
@@ -71,15 +79,23 @@ void TagRenderer::planTable(Plan &plan) {
   }
 }
 
+// A row element carries its index only when its table has more than one
+// row. In a paged print the one row of a page's last table may be followed
+// by more on the next page, so that row is held until the next row (it gets
+// index="0") or anything else (it does not) comes.
 void TagRenderer::beginRow(Plan &plan, int row, int, int indent) {
   ++objectId;
+  if (depth() == 0 && holding())
+    release(rowsBefore() > 0 ? " index=\"0\"" : nullptr);
   const QEL_DESC *d = plan.desc;
   if (d->nameId == tGSnone)
     return;
   pad(indent + 2);
   putChar('<');
   put(plan.text(plan.table[0]));
-  if (d->numRows > 1) {
+  if (paged() && depth() == 0 && !d->pNext && rowsBefore() == 0 && d->numRows == 1)
+    hold();
+  if (d->numRows > 1 || rowsBefore() > 0) {
     put(" index=\"");
     putInt(row);
     putChar('"');

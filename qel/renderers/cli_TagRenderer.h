@@ -12,6 +12,9 @@ public:
   explicit TagRenderer(services::user::Session *session);
   ~TagRenderer() override;
 
+  /// The XML declaration, the deprecation comment and the data element.
+  void beginDocument(const DocumentOptions &options) override;
+  void endDocument() override;
 
 private:
   void beginChain(QEL_DESC *head, int indent) override;

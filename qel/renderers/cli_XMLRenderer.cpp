@@ -20,6 +20,7 @@
 #include <qel/platform/framework.h>
 #include <qel/platform/helpers.h>
 
+#include <cstring>
 #include <string>
 
 namespace {
@@ -39,6 +40,22 @@ XMLRenderer::XMLRenderer(services::user::Session *session) : Renderer(session) {
 }
 
 XMLRenderer::~XMLRenderer() = default;
+
+void XMLRenderer::beginDocument(const DocumentOptions &options) {
+  if (options.includeXmlDeclaration)
+    put(qel_detail::kXmlDeclaration);
+  if (options.includeDtd)
+    put(getDTDString());
+  put("<RESPONSE VERSION=\"L100\"");
+  if (options.request && *options.request) {
+    put(" REQUEST=\"");
+    putXml({options.request, static_cast<int>(std::strlen(options.request))});
+    putChar('"');
+  }
+  put(">\n");
+}
+
+void XMLRenderer::endDocument() { put("</RESPONSE>\n"); }
 
 bool XMLRenderer::beginTable(Plan &, int parentOid, int) {
   m_levels[depth()].parentOid = parentOid;

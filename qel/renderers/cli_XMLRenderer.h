@@ -24,6 +24,10 @@ public:
   explicit XMLRenderer(services::user::Session *session);
   ~XMLRenderer() override;
 
+  /// The XML declaration and the DTD when asked for, and the RESPONSE
+  /// element around the tables.
+  void beginDocument(const DocumentOptions &options) override;
+  void endDocument() override;
 
 private:
   void planTable(Plan &plan) override;

@@ -272,7 +272,10 @@ Renderer::Renderer(services::user::Session *session, utility::PutStream *stream,
 Renderer::Renderer(utility::PutStream &stream) : Renderer(nullptr, &stream, true) {}
 
 Renderer::~Renderer() {
+  if (m_holding)
+    release(nullptr);
   flush();
+  framework::Memory::StaticFree(m_held);
   for (Plan &p : m_plans) {
     framework::Memory::StaticFree(p.columns);
     framework::Memory::StaticFree(p.bytes);
@@ -287,16 +290,64 @@ bool Renderer::isNumericColumn(QEL_DESC *desc, int column) {
 // --- Output -----------------------------------------------------------------
 
 void Renderer::flush() {
-  if (m_used > 0 && outputStream)
-    outputStream->PutB(m_buffer, m_used);
+  if (m_used > 0)
+    deliver(m_buffer, m_used);
   m_used = 0;
+}
+
+// Hands bytes on: to the output stream, or to the kept output while a row
+// is held. When the kept output cannot grow, the print stops and what was
+// kept goes out without its insert.
+void Renderer::deliver(const char *data, int size) {
+  if (m_holding) {
+    if (m_heldSize + size > m_heldCapacity) {
+      const int grown = std::max(m_heldCapacity * 2, m_heldSize + size + 4096);
+      auto *held = static_cast<char *>(framework::Memory::StaticAlloc(static_cast<std::size_t>(grown)));
+      if (!held) {
+        outOfMemory("a held row");
+        m_holding = false;
+        if (outputStream && m_heldSize > 0)
+          outputStream->PutB(m_held, m_heldSize);
+        m_heldSize = 0;
+      } else {
+        if (m_heldSize > 0)
+          std::memcpy(held, m_held, static_cast<std::size_t>(m_heldSize));
+        framework::Memory::StaticFree(m_held);
+        m_held = held;
+        m_heldCapacity = grown;
+      }
+    }
+    if (m_holding) {
+      std::memcpy(m_held + m_heldSize, data, static_cast<std::size_t>(size));
+      m_heldSize += size;
+      return;
+    }
+  }
+  if (outputStream)
+    outputStream->PutB(data, size);
+}
+
+void Renderer::hold() {
+  flush(); // what comes before the mark goes out now
+  m_holding = true;
+}
+
+void Renderer::release(const char *insert) {
+  flush();
+  if (!m_holding)
+    return; // keeping failed, and what was kept went out then
+  m_holding = false;
+  if (insert)
+    deliver(insert, static_cast<int>(std::strlen(insert)));
+  if (m_heldSize > 0)
+    deliver(m_held, m_heldSize);
+  m_heldSize = 0;
 }
 
 void Renderer::putSlow(const char *data, int size) {
   flush();
   if (size > kBufferSize) {
-    if (outputStream)
-      outputStream->PutB(data, size);
+    deliver(data, size);
     return;
   }
   std::memcpy(m_buffer, data, static_cast<std::size_t>(size));
@@ -413,6 +464,7 @@ bool Renderer::fillPlan(Plan &plan, QEL_DESC *desc) {
   plan.used = 0;
   plan.tableId = desc->tableId;
   plan.nameId = desc->nameId;
+  plan.consoleFormat = desc->consoleFormat;
   if (n > 0)
     std::memcpy(plan.snapshot, desc->pColumns, static_cast<std::size_t>(n) * sizeof(_QEL_COLUMN_DESC));
   for (Span &s : plan.table)
@@ -453,7 +505,7 @@ Renderer::Plan *Renderer::planFor(QEL_DESC *desc) {
       plan.count == n &&
       (n == 0 || std::memcmp(plan.snapshot, desc->pColumns,
                              static_cast<std::size_t>(n) * sizeof(_QEL_COLUMN_DESC)) == 0) &&
-      plan.desc && plan.desc->consoleFormat == desc->consoleFormat) {
+      plan.consoleFormat == desc->consoleFormat) {
     plan.desc = desc;
     for (int c = 0; c < n; ++c)
       plan.columns[c].desc = &desc->pColumns[c];
@@ -476,10 +528,46 @@ bool Renderer::beginTable(Plan &, int, int) { return true; }
 void Renderer::endTable(Plan &, int) {}
 bool Renderer::visits(const Column &) const { return true; }
 
+
+void Renderer::documentTo(utility::PutStream &stream, const DocumentOptions *options) {
+  flush();
+  utility::PutStream *tables = outputStream;
+  outputStream = &stream;
+  if (options)
+    beginDocument(*options);
+  else
+    endDocument();
+  flush();
+  outputStream = tables;
+}
+
 void Renderer::PrintTable(QEL_DESC *desc, int parentOid, int indent) {
   Call call(*this);
   if (desc)
     walk(desc, parentOid, indent);
+}
+
+bool Renderer::PrintPage(QEL_DESC *head) {
+  Call call(*this);
+  m_paged = true;
+  // A descriptor refilled for the next page is printed again.
+  for (QEL_DESC *d = head; d; d = d->pNext)
+    d->printed = 0;
+  return head ? walk(head, 0, 0) : !m_failed;
+}
+
+void Renderer::endPages() {
+  Call call(*this);
+  if (m_holding)
+    release(nullptr);
+  if (!m_chainOpen)
+    return;
+  m_chainOpen = false;
+  m_continues = false;
+  m_rowsBefore = 0;
+  ++m_depth;
+  endChain(reinterpret_cast<QEL_DESC *>(m_head), 0);
+  --m_depth;
 }
 
 bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
@@ -500,15 +588,30 @@ bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
   if (outputStream)
     outputStream->setSilentTruncation(true);
 
-  beginChain(head, indent);
+  // The pages of a paged print are one top-level chain.
+  const bool top = m_paged && m_depth == 0;
+  if (!top || !m_chainOpen)
+    beginChain(head, indent);
+  if (top && !m_chainOpen) {
+    std::memcpy(m_head, static_cast<const void *>(head), sizeof m_head);
+    m_chainOpen = true;
+  }
   for (QEL_DESC *d = head; d; d = d->pNext) {
     Plan *plan = planFor(d);
     if (!plan)
       return false;
+    if (top) {
+      const auto *last = reinterpret_cast<const QEL_DESC *>(m_last);
+      m_continues = d == head && m_lastValid && last->tableId == d->tableId &&
+                    last->nameId == d->nameId && last->consoleFormat == d->consoleFormat &&
+                    last->numColumns == d->numColumns;
+      m_rowsBefore = m_continues ? m_lastRows : 0;
+    }
     if (!beginTable(*plan, parentOid, indent))
       continue;
+    const int before = top ? m_rowsBefore : 0;
     int *order = nullptr;
-    if (d->numRows > 1 && sortsRows(*plan)) {
+    if (d->numRows > 1 && !top && sortsRows(*plan)) {
       order = static_cast<int *>(
           framework::Memory::StaticAlloc(static_cast<std::size_t>(d->numRows) * sizeof(int)));
       if (!order) {
@@ -520,7 +623,7 @@ bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
     char units[20];
     for (int p = 0; p < d->numRows && !m_failed; ++p) {
       const int row = order ? order[p] : p;
-      beginRow(*plan, row, p, indent);
+      beginRow(*plan, row + before, p + before, indent);
       const QEL_CELL *cells = &qel_detail::cellAt(d, row, 0);
       for (int i = 0; i < plan->count; ++i) {
         Column &col = plan->columns[i];
@@ -535,14 +638,24 @@ bool Renderer::walk(QEL_DESC *head, int parentOid, int indent) {
         if (col.companion)
           cell(*plan, col, cellText(*plan, col, value, true, units), units, true, indent);
       }
-      endRow(*plan, row, indent);
+      endRow(*plan, row + before, indent);
     }
     framework::Memory::StaticFree(order);
     if (m_failed)
       return false;
     endTable(*plan, indent);
+    if (top) {
+      std::memcpy(m_last, static_cast<const void *>(d), sizeof m_last);
+      m_lastValid = true;
+      // Row numbers stop growing at INT_MAX / 2 (a billion rows), so that a
+      // page's own rows never overflow them.
+      m_lastRows = static_cast<int>(
+          std::min<long long>(static_cast<long long>(before) + d->numRows, INT_MAX / 2));
+      m_continues = false;
+    }
   }
-  endChain(head, indent);
+  if (!top)
+    endChain(head, indent);
   return !m_failed;
 }
 

@@ -4,7 +4,18 @@
 //
 // A renderer is made for one print call, prints one chain with PrintTable
 // (which recurses into nested tables on the same object, so objectId keeps
-// counting) and is destroyed. Renderers never throw: the streams they write
+// counting) and is destroyed. The document around the chain (declaration,
+// RESPONSE element, wrapper) comes from beginDocument and endDocument.
+//
+// A paged print keeps one renderer for a whole document and gives it the
+// chain in pages (PrintPage), then calls endPages. The pages print as one
+// top-level chain: the chain hooks run once, and a page whose first
+// descriptor has the table, object name, console layout and column count of
+// the previous page's last descriptor continues that descriptor's rows: row
+// numbers go on counting (rowsBefore), and the renderers write what a
+// single descriptor holding all those rows would give. Top-level rows of a
+// page go out in the order given, never sorted; nested tables sort as in a
+// whole print. Renderers never throw: the streams they write
 // are switched to silent truncation, so text that does not fit is cut.
 //
 // Nesting is limited to kMaxDepth levels: a nested table deeper than that is
@@ -48,6 +59,18 @@ public:
   /// Writes what comes before the first table of a document, and after the last.
   virtual void beginDocument(const DocumentOptions &options);
   virtual void endDocument();
+  /// Runs beginDocument (\p options given) or endDocument (null) with their
+  /// text going to \p stream rather than the output stream: the print entry
+  /// writes the envelope to the stream its caller names.
+  void documentTo(utility::PutStream &stream, const DocumentOptions *options);
+
+  /// Prints \p head (null: nothing) as the next page of a paged document;
+  /// see the file comment. False once the print has stopped (logged).
+  bool PrintPage(QEL_DESC *head);
+  /// Closes what the last page left open (the tag form's table element,
+  /// the console's closing rule); call once, after the last page and before
+  /// endDocument.
+  void endPages();
 
   /// Prints the chain that starts at \p desc (null: nothing). \p parentOid
   /// is the object id of the enclosing object, \p indent the indentation of
@@ -126,6 +149,7 @@ protected:
     _QEL_COLUMN_DESC *snapshot = nullptr; ///< the columns it was made for
     GS_TokenValues tableId{};             ///< the table it was made for
     GS_TokenValues nameId{};              ///< and its object name
+    std::uint8_t consoleFormat = 0;       ///< and its console layout
     Span table[4];                        ///< the renderer's per-table texts
 
     Text text(Span s) const { return {bytes + s.offset, s.size}; }
@@ -138,6 +162,21 @@ protected:
   /// Returns false when the print had to stop (logged).
   bool walk(QEL_DESC *head, int parentOid, int indent);
 
+  /// A paged print is under way (PrintPage was called).
+  bool paged() const { return m_paged; }
+  /// The top-level descriptor being printed continues the previous page's.
+  bool continues() const { return m_depth == 0 && m_continues; }
+  /// Rows that earlier pages printed of the table being continued (0 below
+  /// the top level and for a table that does not continue one).
+  int rowsBefore() const { return m_depth == 0 ? m_rowsBefore : 0; }
+  /// Keeps the output from here (the mark) instead of handing it on, until
+  /// release: a renderer that must see the next page before it can finish
+  /// a row holds that row.
+  void hold();
+  /// Hands on what was kept, with \p insert (null: nothing) at the mark.
+  void release(const char *insert);
+  bool holding() const { return m_holding; }
+
   /// Called before the chain, and after it.
   virtual void beginChain(QEL_DESC *head, int indent);
   virtual void endChain(QEL_DESC *head, int indent);
@@ -149,7 +188,8 @@ protected:
   virtual bool sortsRows(const Plan &plan) const = 0;
   /// Logs that the row order could not be allocated.
   virtual void orderFailed() = 0;
-  /// Row \p row (the \p position-th printed).
+  /// Row \p row (the \p position-th printed); in a continued table both
+  /// count the rows of earlier pages too.
   virtual void beginRow(Plan &plan, int row, int position, int indent) = 0;
   /// Whether column \p col is visited at all.
   virtual bool visits(const Column &col) const;
@@ -230,6 +270,7 @@ private:
   Renderer(services::user::Session *session, utility::PutStream *stream, bool);
 
   void putSlow(const char *data, int size);
+  void deliver(const char *data, int size);
   Plan *planFor(QEL_DESC *desc);
   bool fillPlan(Plan &plan, QEL_DESC *desc);
   Text decode(Plan &plan, Column &col, std::uint32_t value);
@@ -243,6 +284,19 @@ private:
   const char *m_notAvailable;    ///< the localized "N/A"
   int m_used = 0;                ///< bytes in m_buffer
   char m_scratch[7200 + 64];     ///< formatted cell texts
+  // Paged print.
+  bool m_paged = false;          ///< PrintPage was called
+  bool m_chainOpen = false;      ///< beginChain ran for the pages
+  bool m_continues = false;      ///< the top-level descriptor continues
+  bool m_lastValid = false;      ///< m_last describes a printed table
+  int m_rowsBefore = 0;          ///< rows of earlier pages, continued table
+  int m_lastRows = 0;            ///< rows so far of the last table
+  alignas(QEL_DESC) unsigned char m_head[sizeof(QEL_DESC)]; ///< first page's head (header only)
+  alignas(QEL_DESC) unsigned char m_last[sizeof(QEL_DESC)]; ///< last top-level table (header only)
+  bool m_holding = false;        ///< output is being kept
+  char *m_held = nullptr;        ///< kept output
+  int m_heldSize = 0;            ///< bytes in m_held
+  int m_heldCapacity = 0;        ///< bytes allocated
   char m_buffer[kBufferSize];    ///< output not yet handed on
 };
 

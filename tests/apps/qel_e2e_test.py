@@ -449,10 +449,13 @@ class Golden(unittest.TestCase):
 
 class Options(unittest.TestCase):
     def test_rows_scale_list_tables(self):
-        doc = qel('--format', 'api', '--rows', '250', 'show', 'volumes').stdout.decode()
-        self.assertEqual(doc.count('<OBJECT basetype="volumes"'), 250)
+        # More rows than one page of the paged print: ids run on across pages.
+        doc = qel('--format', 'api', '--rows', '4100', '-o', 'volume-name', 'show', 'volumes').stdout.decode()
+        self.assertEqual(doc.count('<OBJECT basetype="volumes"'), 4100)
         names = re.findall(r'name="volume-name"[^>]*>([^<]*)<', doc)
-        self.assertEqual(len(set(names)), 250, 'scaled rows keep distinct names')
+        self.assertEqual(len(set(names)), 4100, 'scaled rows keep distinct names')
+        self.assertEqual(re.findall(r'oid="(\d+)"', doc), [str(i) for i in range(1, 4102)])
+        self.assertTrue(doc.endswith('</OBJECT>\n</RESPONSE>\n'))
 
     def test_width_units_and_precision_reach_the_session(self):
         narrow = qel('--width', '80', 'show', 'volumes').stdout.decode()
@@ -565,7 +568,8 @@ class Options(unittest.TestCase):
             (['-f'], 'option --format needs a value'),
             (['--rows', ' 5', 'show', 'volumes'], 'invalid value " 5" for --rows'),
             (['--rows', '+5', 'show', 'volumes'], 'invalid value "+5" for --rows'),
-            (['--rows', '10000000', 'show', 'drives'], 'show drives holds at most 7895160 rows'),
+            (['--rows', '1000000001', 'show', 'volumes'], 'for --rows (a number from 0 to 1000000000)'),
+            (['--rows', '10000000', '-s', 'size', 'show', 'drives'], 'show drives sorted holds at most 7895160 rows'),
             (['show', 'a\nb'], 'unknown basetype "a\\nb" (qel tables'),
             (['show', ''], 'empty basetype name'),
             (['meta', 'volumes,'], 'empty basetype name'),

@@ -76,6 +76,41 @@ bool printNested(services::user::Session &s) {
   return created && types;
 }
 
+// The same kind of job as a paged print: 15 `managed-logs` rows in pages
+// of 1 (a row the tag form holds back) and 7, a nested table in every fifth
+// row, a second table after them.
+bool printPages(services::user::Session &s) {
+  QEL_PRINT *print = QEL_PrintOpen(&s, s.getOutputStream(), true, true, "show managed-logs");
+  bool created = print != nullptr;
+  for (int first = 0; first < 15 && created;) {
+    const int rows = first == 0 ? 1 : 7;
+    QEL_DESC *page = QEL_Create(&s, tGSmanaged_2Dlogs, tGSvolume, rows, 0);
+    first += rows;
+    created = page != nullptr;
+    for (int r = 0; r < rows && created; ++r) {
+      QEL_FillColumnString(&s, page, 0, r, "entry <&>");
+      QEL_FillColumnU32(&s, page, 2, r, static_cast<unsigned>(first + r));
+      if ((first + r) % 5 == 1) {
+        QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0);
+        created = nested != nullptr;
+        QEL_FillColumnQEL(&s, page, 1, r, nested);
+      }
+    }
+    if (created && first >= 15) {
+      QEL_DESC *next = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0);
+      created = next != nullptr;
+      if (next)
+        QEL_FillColumnString(&s, next, 0, 0, "after");
+      QEL_link(page, next);
+    }
+    if (created)
+      QEL_PrintPage(print, page);
+    QEL_Free(page);
+  }
+  QEL_PrintClose(print);
+  return created;
+}
+
 bool metaCommand(services::user::Session &s) {
   cli_metaHandler(&s, "volumes,managed-logs");
   return true;
@@ -141,8 +176,10 @@ TEST_F(AllocationFailure, EveryPointFailsCleanlyOrReports) {
       {Preferences::OUTPUT_JSON_ALT, "json-alt"}, {Preferences::OUTPUT_TAG, "tag"},
       {Preferences::OUTPUT_JSON_STD, "json-std"}, {Preferences::OUTPUT_CSV, "csv"},
       {Preferences::OUTPUT_HTML, "html"}};
-  for (const auto &t : types)
+  for (const auto &t : types) {
     sweep(t.second, printNested, t.first);
+    sweep((std::string("paged ") + t.second).c_str(), printPages, t.first);
+  }
   // The metadata command allocates nothing today; the sweep covers whatever
   // it comes to allocate.
   sweep("meta api", metaCommand, Preferences::OUTPUT_API);

@@ -3,6 +3,7 @@
 #include "support/fixture_tables.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <tuple>
@@ -148,6 +149,112 @@ TEST_F(Print, StandardFormatsWholeDocuments) {
                            "<td>q&quot;t,1</td><td class=\"n\">1</td>", "<summary>snmp-users (3)</summary>",
                            "</script>\n</body></html>\n"})
     EXPECT_NE(page.find(part), std::string::npos) << part;
+}
+
+// `managed-logs` rows first .. first + count - 1 under object name \p name,
+// in print order: texts to escape, a two-row nested table in every third
+// row.
+QEL_DESC *logPage(services::user::Session &s, int first, int count, GS_TokenValues name) {
+  QEL_DESC *d = QEL_Create(&s, tGSmanaged_2Dlogs, name, count, 0);
+  char text[32];
+  for (int r = 0; r < count; ++r) {
+    std::snprintf(text, sizeof text, "log <%d> & \"x\"", first + r);
+    QEL_FillColumnString(&s, d, 0, r, text);
+    QEL_FillColumnU32(&s, d, 2, r, static_cast<unsigned>(first + r));
+    if ((first + r) % 3 == 0) {
+      QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
+      QEL_FillColumnString(&s, nested, 0, 0, "n0");
+      QEL_FillColumnString(&s, nested, 0, 1, "n1");
+      QEL_FillColumnQEL(&s, d, 1, r, nested);
+    }
+  }
+  return d;
+}
+
+// A paged print of rows in print order is the whole print of one descriptor
+// holding them, byte for byte, whatever the page size: object ids, XML2
+// COMP elements, web-script commas, tag indexes and wrappers, and the
+// console's header and rule (fixed widths here) carry across pages. A
+// linked table ends the last page, and an empty page continues the table.
+TEST_F(Print, PagesPrintAsOneDescriptor) {
+  using P = Preferences;
+  const P::OutputType types[] = {P::OUTPUT_API,  P::OUTPUT_API_BRIEF, P::OUTPUT_XML2,
+                                 P::OUTPUT_XML2_BRIEF, P::OUTPUT_JSON, P::OUTPUT_JSON_ALT,
+                                 P::OUTPUT_TAG,  P::OUTPUT_CONSOLE, P::OUTPUT_JSON_STD,
+                                 P::OUTPUT_NDJSON, P::OUTPUT_CSV, P::OUTPUT_TSV, P::OUTPUT_HTML};
+  for (const P::OutputType type : types)
+    for (const int rows : {1, 2, 23})
+      for (const int page : {1, 2, 7, 4096}) {
+        SCOPED_TRACE(testing::Message() << "type " << type << ", " << rows << " rows, pages of "
+                                        << page);
+        session_.getPreferences().setOutputFormat(type);
+        QEL_DESC *whole = logPage(session_, 0, rows, tGSvolume);
+        QEL_link(whole, userRows({"tail"}));
+        out_.Rewind();
+        QEL_Print_Data(whole, &session_, out_, true, true, "show");
+        const std::string expected = out_.pTail();
+        QEL_Free(whole);
+
+        out_.Rewind();
+        QEL_PRINT *print = QEL_PrintOpen(&session_, out_, true, true, "show");
+        for (int first = 0; first < rows; first += page) {
+          QEL_DESC *d = logPage(session_, first, std::min(page, rows - first), tGSvolume);
+          if (first + page >= rows)
+            QEL_link(d, userRows({"tail"}));
+          EXPECT_TRUE(QEL_PrintPage(print, d));
+          QEL_Free(d);
+          if (first == 0 && page < rows) {
+            QEL_DESC *empty = logPage(session_, 0, 0, tGSvolume);
+            QEL_PrintPage(print, empty);
+            QEL_Free(empty);
+          }
+        }
+        QEL_PrintClose(print);
+        EXPECT_EQ(out_.pTail(), expected);
+      }
+}
+
+// A sink that takes no more text stops the print after the page that
+// filled it (here a bounded buffer; a failed file alike); the close still
+// ends what it can, and nothing leaks.
+TEST_F(Print, FullStreamStopsThePaging) {
+  LogCapture log;
+  utility::BufferStream small(4000);
+  services::user::Session session(small);
+  session.getPreferences().setOutputFormat(Preferences::OUTPUT_API);
+  QEL_PRINT *print = QEL_PrintOpen(&session, small, false, false, nullptr);
+  int printed = 0;
+  for (int page = 0; page < 10; ++page) {
+    QEL_DESC *d = logPage(session, page, 1, tGSnone);
+    printed += QEL_PrintPage(print, d);
+    QEL_Free(d);
+  }
+  QEL_PrintClose(print);
+  EXPECT_TRUE(printed > 0 && printed < 10) << printed;
+  EXPECT_EQ(log.texts(Route::Log),
+            std::vector<std::string>{
+                "QEL_PrintPage: the output stream is full or failed; the print stops"});
+  EXPECT_EQ(QEL_PrintPage(nullptr, d_), false);
+  QEL_PrintClose(nullptr);
+}
+
+// The catalogue's rule, across two descriptors of one table: volumes sort
+// on their names (column 3), a missing name first; bad arguments compare
+// equal and are logged.
+TEST_F(Print, CompareRowsAcrossBatches) {
+  QEL_DESC *a = own(QEL_Create(&session_, tGSvolumes, tGSnone, 3, 0));
+  QEL_DESC *b = own(QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0));
+  QEL_FillColumnString(&session_, a, 3, 0, "vol2");
+  QEL_FillColumnString(&session_, a, 3, 1, "vol10");
+  QEL_FillColumnString(&session_, a, 0, 2, "id"); // row 2: no name
+  QEL_FillColumnString(&session_, b, 3, 0, "vol3");
+  EXPECT_GT(QEL_CompareRows(a, 0, a, 1), 0);
+  EXPECT_LT(QEL_CompareRows(a, 0, b, 0), 0);
+  EXPECT_LT(QEL_CompareRows(a, 2, b, 0), 0);
+  LogCapture log;
+  EXPECT_EQ(QEL_CompareRows(a, 0, b, 5), 0);
+  EXPECT_EQ(QEL_CompareRows(a, 0, d_, 0), 0);
+  EXPECT_EQ(log.records.size(), 2u);
 }
 
 TEST_F(Print, NullHeadStillGetsItsEnvelope) {
