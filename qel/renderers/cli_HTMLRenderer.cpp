@@ -144,21 +144,9 @@ std::string escaped(const char *text) {
   return out;
 }
 
+// Numbers and sizes are right-aligned.
 bool rightAligned(ColumnDataType type) {
-  switch (type) {
-  case COLTYPE_U8:
-  case COLTYPE_U16:
-  case COLTYPE_U32:
-  case COLTYPE_I32:
-  case COLTYPE_INDEX:
-  case COLTYPE_U64:
-  case COLTYPE_DOUBLE:
-  case COLTYPE_BLOCKS:
-  case COLTYPE_BLOCKS2BYTES:
-    return true;
-  default:
-    return false;
-  }
+  return Renderer::numberText(type) || type == COLTYPE_BLOCKS || type == COLTYPE_BLOCKS2BYTES;
 }
 
 } // namespace

@@ -37,22 +37,6 @@
 
 namespace {
 
-// Whether \p type's display text is a number.
-bool numberColumn(ColumnDataType type) {
-  switch (type) {
-  case COLTYPE_U8:
-  case COLTYPE_U16:
-  case COLTYPE_U32:
-  case COLTYPE_I32:
-  case COLTYPE_INDEX:
-  case COLTYPE_U64:
-  case COLTYPE_DOUBLE:
-    return true;
-  default:
-    return false;
-  }
-}
-
 // Whether \p t is a JSON number -?(0|[1-9][0-9]*)(.[0-9]+)? whose integer
 // part is at most 2^53.
 bool isExactNumber(const char *p, int n) {
@@ -177,7 +161,7 @@ void StdJSONRenderer::cell(Plan &plan, const Column &col, Text value, const char
     putChar(',');
   level.first = false;
   put(plan.text(col.fixed[numericForm ? 1 : 0]));
-  if ((numericForm || numberColumn(col.type)) && isExactNumber(value.data, value.size)) {
+  if ((numericForm || numberText(col.type)) && isExactNumber(value.data, value.size)) {
     put(value);
     return;
   }

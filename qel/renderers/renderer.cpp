@@ -399,6 +399,21 @@ void Renderer::putCsv(Text value, char delimiter) {
     putChar('"');
 }
 
+bool Renderer::numberText(ColumnDataType type) {
+  switch (type) {
+  case COLTYPE_U8:
+  case COLTYPE_U16:
+  case COLTYPE_U32:
+  case COLTYPE_I32:
+  case COLTYPE_INDEX:
+  case COLTYPE_U64:
+  case COLTYPE_DOUBLE:
+    return true;
+  default:
+    return false;
+  }
+}
+
 void Renderer::beginDocument(const DocumentOptions &) {}
 void Renderer::endDocument() {}
 

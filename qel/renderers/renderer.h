@@ -92,6 +92,9 @@ public:
   /// True for the column types whose numeric form differs (ENUM, ENUMTOKEN,
   /// DATETIME, TIME, BLOCKS, BLOCKS2BYTES): they get a "-numeric" companion.
   bool isNumericColumn(QEL_DESC *desc, int column);
+  /// True for the column types whose display text is a plain number
+  /// (integers and doubles).
+  static bool numberText(ColumnDataType type);
 
   utility::PutStream *outputStream;                           ///< not owned
   services::user::Preferences::StorageUnit storageSizeUnits;  ///< unit token
