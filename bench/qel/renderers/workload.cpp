@@ -328,11 +328,14 @@ double smartcolsRowsPerSecond(int rows, int reps, bool json,
 
 int main(int argc, char **argv) {
   int rows = 100000, reps = 5;
+  const char *only = nullptr; // --format NAME: that format alone (for profiling)
   for (int i = 1; i + 1 < argc; i += 2) {
     if (std::strcmp(argv[i], "--rows") == 0)
       rows = std::max(1, std::atoi(argv[i + 1]));
     else if (std::strcmp(argv[i], "--reps") == 0)
       reps = std::max(1, std::atoi(argv[i + 1]));
+    else if (std::strcmp(argv[i], "--format") == 0)
+      only = argv[i + 1];
   }
   qelbench::start();
   TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)
@@ -352,8 +355,15 @@ int main(int argc, char **argv) {
   std::string apiDocument;
   std::vector<Result> results;
   for (const Format &f : formats)
-    results.push_back(run(f.name, f.type, rows, reps, texts,
-                          f.type == Preferences::OUTPUT_API ? &apiDocument : nullptr));
+    if (!only || std::strcmp(only, f.name) == 0 || f.type == Preferences::OUTPUT_API)
+      results.push_back(run(f.name, f.type, rows, reps, texts,
+                            f.type == Preferences::OUTPUT_API ? &apiDocument : nullptr));
+  auto rate = [&](const char *name) {
+    for (const Result &r : results)
+      if (std::strcmp(r.name, name) == 0)
+        return r.rowsPerSecond;
+    return 0.0;
+  };
   const double ceiling = memcpyMBps(apiDocument, reps);
 
   std::printf("workload: %d rows x 42 columns, median of %d runs\n", rows, reps);
@@ -369,11 +379,15 @@ int main(int argc, char **argv) {
   const double aligned = smartcolsRowsPerSecond(rows, reps, false, texts);
   const double json = smartcolsRowsPerSecond(rows, reps, true, texts);
   std::printf("libsmartcols aligned table: %.0f rows/s; console is %.2fx\n", aligned,
-              results[0].rowsPerSecond / aligned);
+              rate("console") / aligned);
   std::printf("libsmartcols JSON:          %.0f rows/s; json is %.2fx\n", json,
-              results[5].rowsPerSecond / json);
+              rate("json") / json);
 #else
   std::printf("libsmartcols: not built (install libsmartcols-dev for the peer ratios)\n");
 #endif
+  if (rate("json") > 0)
+    for (const char *name : {"json-std", "ndjson", "csv", "tsv", "html"})
+      if (rate(name) > 0)
+        std::printf("%-9s is %.2fx the web script's rows/s\n", name, rate(name) / rate("json"));
   return 0;
 }
