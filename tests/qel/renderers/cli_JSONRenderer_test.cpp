@@ -82,15 +82,4 @@ TEST_F(Json, SeparatorsBetweenDescriptors) {
   EXPECT_EQ(print(c), row("\n", "n1", 1, 1));
 }
 
-TEST_F(Json, StorageSizesGetANumericCompanion) {
-  QEL_DESC *d = own(QEL_Create(&session_, tGShost_2Dgroup_2Dview_2Dmappings, tGSnone, 1, 0));
-  QEL_FillColumnString(&session_, d, 0, 0, "x");
-  QEL_FillColumnBlocks(&session_, d, 1, 0, "2048");
-  EXPECT_EQ(print(d), "\n  new APIHostGroupViewMappings([\n"
-                      "    new APIProp({name:\"name\",value:\"x\"}),\n"
-                      "    new APIProp({name:\"size\",value:\"1.05MB\"}),\n"
-                      "    new APIProp({name:\"size-numeric\",value:\"2048\"})],\n"
-                      "    {basetype:\"host-group-view-mappings\",name:\"\",oid:\"1\"})");
-}
-
 } // namespace

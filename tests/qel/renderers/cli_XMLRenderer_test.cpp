@@ -130,22 +130,4 @@ TEST_F(Xml, ManyNestedTablesAreCappedWithALogLine) {
                                       "column 50 is not written"}));
 }
 
-// The row order is a print's last allocation; without it nothing of the
-// chain is written.
-TEST_F(Xml, MissingRowOrderStopsTheChain) {
-  QEL_DESC *a = own(userRows({"n1", "n2"}));
-  QEL_link(a, userRows({"n1"}));
-  const long before = framework::Memory::totalAllocations();
-  print(a);
-  const long allocations = framework::Memory::totalAllocations() - before;
-  LogCapture log;
-  framework::testing::setFailAfter(allocations - 1);
-  EXPECT_EQ(print(a), "");
-  framework::testing::setFailAfter(-1);
-  ASSERT_EQ(log.records.size(), 1u);
-  EXPECT_EQ(std::make_tuple(log.records[0].text, log.records[0].line, std::string(log.records[0].function)),
-            std::make_tuple(std::string("malloc failed"), 185,
-                            std::string("virtual void XMLRenderer::PrintTable(QEL_DESC*, int, int)")));
-}
-
 } // namespace
