@@ -18,7 +18,7 @@ protected:
 
 // Values are not escaped; a storage size carries its units, a qualifier
 // its own attribute.
-TEST_F(Tag, ValuesUnitsAndQualifiers) {
+TEST_F(Tag, ValuesUnitsQualifiersAndRowElements) {
   QEL_DESC *d = own(QEL_Create(&session_, tGShost_2Dgroup_2Dview_2Dmappings, tGSnone, 1, 0));
   QEL_FillColumnString(&session_, d, 0, 0, "a<b & \"c\"");
   QEL_FillColumnBlocks(&session_, d, 1, 0, "2048");
@@ -27,10 +27,7 @@ TEST_F(Tag, ValuesUnitsAndQualifiers) {
   QEL_DESC *drives = own(QEL_Create(&session_, tGSdrives, tGSnone, 1, 0));
   QEL_FillColumnU64(&session_, drives, 7, 0, "4096");
   EXPECT_NE(print(drives).find("    <blocks blocksize=\"512\">4096</blocks>\n"), std::string::npos);
-}
-
-// Row elements come with an object name, indexed when there are several.
-TEST_F(Tag, RowElements) {
+  // Row elements come with an object name, indexed when there are several.
   EXPECT_EQ(print(own(userRows({"n1"}, tGSvolume))),
             "  <snmp-users>\n  <volume>\n    <Name>n1</Name>\n    <slot>1</slot>\n  </volume>\n  </snmp-users>\n");
   EXPECT_EQ(print(own(userRows({"n1", "n2"}, tGSvolume))),
