@@ -100,17 +100,6 @@ TEST_F(Console, OtherLayouts) {
   EXPECT_EQ(print(status), "1\n");
 }
 
-// Headings show the qualifier's value in parentheses.
-TEST_F(Console, QualifiersInHeadings) {
-  QEL_DESC *d = own(QEL_Create(&session_, tGSdrives, tGSnone, 1, 0));
-  for (int c = 0; c < d->numColumns; ++c)
-    QEL_SetColumnPrint(d, d->pColumns[c].keywordId, c == 7, false);
-  QEL_SetColumnPrint(d, tGStransfer_2Drate, 1, false);
-  QEL_FillColumnU64(&session_, d, 7, 0, "4096");
-  EXPECT_EQ(print(d), "Blocks(512)          Transfer Rate(Gbps) \n" + std::string(41, '-') +
-                          "\n4096                 1.5Gb    \n" + std::string(41, '-'));
-}
-
 // Without a column plan nothing is written, the rest of the chain is
 // skipped and the print says why.
 TEST_F(Console, NullDescriptorAndPlanFailure) {

@@ -13,20 +13,14 @@ using P = services::user::Preferences;
 // Any renderer formats cells the same way.
 using Formatter = ConsoleRenderer;
 
+// Dates print in UTC whatever the machine's zone.
+[[maybe_unused]] const bool kUtc = (setenv("TZ", "UTC", 1), tzset(), true);
+
 class Format : public qeltest::SessionTest {
 protected:
-  static void SetUpTestSuite() {
-    SessionTest::SetUpTestSuite();
-    setenv("TZ", "UTC", 1);
-    tzset();
-  }
   void SetUp() override {
     SessionTest::SetUp();
     d_ = own(QEL_Create(&session_, tGSspares, tGSnone, 3, 0));
-  }
-  void TearDown() override {
-    SessionTest::TearDown();
-    setThreadLocale(0);
   }
   // The text of cell (row, column); \p numericText gets the numeric stream.
   std::string format(int column, bool numericForm, int row = 0, std::string *numericText = nullptr) {
@@ -97,6 +91,7 @@ TEST_F(Format, EveryTypeInBothFormsFilledAndEmpty) {
   EXPECT_EQ((std::vector<std::string>{format(11, false, 2), format(11, true, 2), format(15, false, 1),
                                       format(14, false, 2)}),
             (std::vector<std::string>{"", "", "k. A.", "k. A."}));
+  setThreadLocale(0);
   // Cells outside the table are logged and leave the value empty.
   utility::BufferStream value(64), numeric(64);
   const struct {
