@@ -1,5 +1,5 @@
 // The print entry: envelopes, the DTD, renderer choice by output type and
-// the unrecognised-type report.
+// the unrecognised-type report; the standard formats whole; the paged print.
 #include "support/fixture_tables.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace {
 
 using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
-using Preferences = services::user::Preferences;
+using P = services::user::Preferences;
 
 class Print : public qeltest::SessionTest {
 protected:
@@ -20,9 +20,9 @@ protected:
     SessionTest::SetUp();
     head_ = d_ = own(userRows({"n1"}));
   }
-  // Prints \p head into \p stream (by default the session's own, as command
+  // Prints head_ into \p stream (by default the session's own, as command
   // handlers do); returns what the stream holds.
-  std::string print(Preferences::OutputType type, bool dtd = false, bool decl = false,
+  std::string print(P::OutputType type, bool dtd = false, bool decl = false,
                     const char *request = nullptr, utility::BufferStream *stream = nullptr) {
     session_.getPreferences().setOutputFormat(type);
     utility::BufferStream &to = stream ? *stream : out_;
@@ -32,103 +32,73 @@ protected:
     QEL_Print_Data(head_, &session_, to, dtd, decl, request);
     return to.pTail();
   }
-  // The body alone, from the renderer of the type.
-  template <typename R> std::string body(Preferences::OutputType type) {
-    session_.getPreferences().setOutputFormat(type);
-    out_.Rewind();
-    d_->printed = 0;
-    R(&session_).PrintTable(d_, 0, 0);
-    return out_.pTail();
-  }
-
-  // How much of the body a 30-byte stream takes.
-  template <typename R> long cut(Preferences::OutputType type) {
-    utility::BufferStream small(30);
-    services::user::Session session(small);
-    session.getPreferences().setOutputFormat(type);
-    d_->printed = 0;
-    R(&session).PrintTable(d_, 0, 0);
-    return small.ReadAvailable();
+  // `managed-logs` rows first .. first + count - 1 under object name
+  // \p name, in print order: texts to escape, a two-row nested table in
+  // every third row.
+  QEL_DESC *logPage(int first, int count, GS_TokenValues name = tGSvolume) {
+    QEL_DESC *d = QEL_Create(&session_, tGSmanaged_2Dlogs, name, count, 0);
+    char text[32];
+    for (int r = 0; r < count; ++r) {
+      std::snprintf(text, sizeof text, "log <%d> & \"x\"", first + r);
+      QEL_FillColumnString(&session_, d, 0, r, text);
+      QEL_FillColumnU32(&session_, d, 2, r, static_cast<unsigned>(first + r));
+      if ((first + r) % 3 == 0)
+        QEL_FillColumnQEL(&session_, d, 1, r, userRows({"n0", "n1"}));
+    }
+    return d;
   }
 
   QEL_DESC *d_ = nullptr, *head_ = nullptr; // what print() prints
 };
 
-const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
-
-// The DTD, exactly, as clients validate against it (27 lines, its blanks
-// included).
-TEST(Dtd, TwentySevenLinesExactly) {
-  std::ifstream in(QEL_SOURCE_DIR "/tests/qel/golden/dtd.txt", std::ios::binary);
-  const std::string golden((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  EXPECT_EQ(std::count(golden.begin(), golden.end(), '\n'), 27);
-  EXPECT_EQ(getDTDString(), golden);
-}
-
-// The front end's golden files pin each type's envelope without flags; here
-// the flags, request escaping and the console's choice of stream.
+// The DTD, exactly, as clients validate against it. The front end's golden
+// files pin each type's envelope without flags; here the flags, request
+// escaping and the console's choice of stream.
 TEST_F(Print, EnvelopeFlags) {
-  using P = Preferences;
-  const std::string start = "<RESPONSE VERSION=\"L100\"", end = "</RESPONSE>\n",
-                    api = body<XMLRenderer>(P::OUTPUT_API);
-  EXPECT_EQ(print(P::OUTPUT_API, false, false, ""), start + ">\n" + api + end);
+  std::ifstream in(QEL_SOURCE_DIR "/tests/qel/golden/dtd.txt", std::ios::binary);
+  const std::string dtd((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>()),
+      decl = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n", api = print(P::OUTPUT_API),
+      tag = print(P::OUTPUT_TAG), script = print(P::OUTPUT_JSON_ALT);
+  EXPECT_EQ(getDTDString(), dtd);
+  EXPECT_EQ(print(P::OUTPUT_API, false, false, ""), api);
+  // The request goes into the RESPONSE start tag.
   EXPECT_EQ(print(P::OUTPUT_API, true, true, "show \"volumes\" <all> & more"),
-            kDecl + getDTDString() + start +
-                " REQUEST=\"show &quot;volumes&quot; &lt;all&gt; &amp; more\">\n" + api + end);
-  EXPECT_EQ(print(P::OUTPUT_XML2_BRIEF, true, false, "r"),
-            getDTDString() + start + " REQUEST=\"r\">\n" +
-                body<XMLRenderer>(P::OUTPUT_XML2_BRIEF) + end);
+            decl + dtd + std::string(api).insert(api.find('>'), " REQUEST=\"show &quot;volumes&quot; &lt;all&gt; &amp; more\""));
   // The tag and JSON forms ignore the flags.
-  EXPECT_EQ(print(P::OUTPUT_TAG, true, true, "request"),
-            kDecl + "<!-- This format is deprecated and will not be available in future "
-                    "versions-->\n<data>\n" + body<TagRenderer>(P::OUTPUT_TAG) + "</data>\n");
-  EXPECT_EQ(print(P::OUTPUT_JSON_ALT, true, true, "x"),
-            "new APIData([" + body<JSONRenderer>(P::OUTPUT_JSON_ALT) + "\n])\n");
+  EXPECT_EQ(print(P::OUTPUT_TAG, true, true, "request"), tag);
+  EXPECT_EQ(print(P::OUTPUT_JSON_ALT, true, true, "x"), script);
   // Console tables go to the given stream only with includeDtd; otherwise
   // only the newline does, the table to the session's stream.
   utility::BufferStream other(4096);
-  const std::string table = body<ConsoleRenderer>(P::OUTPUT_CONSOLE);
   EXPECT_EQ(print(P::OUTPUT_CONSOLE, false, false, nullptr, &other), "\n");
-  EXPECT_EQ(out_.pTail(), table);
+  const std::string table = out_.pTail();
+  EXPECT_EQ(table, "Name       Slot   \n------------------\nn1         1\n------------------");
   EXPECT_EQ(print(P::OUTPUT_CONSOLE, true, false, nullptr, &other), table + "\n");
   EXPECT_STREQ(out_.pTail(), "");
+  // No table still gets its envelope.
+  LogCapture log;
+  head_ = nullptr;
+  EXPECT_EQ(print(P::OUTPUT_API), "<RESPONSE VERSION=\"L100\">\n</RESPONSE>\n");
+  EXPECT_EQ(print(P::OUTPUT_CONSOLE), "\n");
+  EXPECT_EQ(print(P::OUTPUT_JSON_STD), "{}\n");
+  EXPECT_EQ(print(P::OUTPUT_CSV), "");
+  EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>{"pDesc is NULL"});
 }
 
 TEST_F(Print, UnrecognisedOutputType) {
   LogCapture log;
-  EXPECT_EQ(print(static_cast<Preferences::OutputType>(tGSvolumes), true, true, "r"),
+  EXPECT_EQ(print(static_cast<P::OutputType>(tGSvolumes), true, true, "r"),
             "Error: Unrecognized output format (line - 649)type 90 (volumes)\n");
   ASSERT_EQ(log.records.size(), 1u);
   const auto &r = log.records[0];
   EXPECT_EQ(std::make_tuple(r.route, r.type, r.line, r.text),
-            std::make_tuple(Route::Log, 0, 648,
-                            std::string("ERROR: Unrecognized output format 90 (volumes)")));
-  EXPECT_STREQ(r.function,
-               "void QEL_Print_Data(QEL_DESC*, services::user::Session*, utility::PutStream&, "
-               "bool, bool, const char*)");
-  EXPECT_EQ(print(static_cast<Preferences::OutputType>(7000)),
-            "Error: Unrecognized output format (line - 649)type 7000 ()\n");
-}
-
-// Output that overflows the stream is cut, never thrown: by each renderer,
-// and by the print entry for the envelope it writes itself.
-TEST_F(Print, OverflowIsCutSilently) {
-  using P = Preferences;
-  EXPECT_EQ(cut<ConsoleRenderer>(P::OUTPUT_CONSOLE), 30);
-  EXPECT_EQ(cut<XMLRenderer>(P::OUTPUT_API), 30);
-  EXPECT_EQ(cut<JSONRenderer>(P::OUTPUT_JSON), 30);
-  EXPECT_EQ(cut<TagRenderer>(P::OUTPUT_TAG), 30);
-  utility::BufferStream small(40);
-  session_.getPreferences().setOutputFormat(P::OUTPUT_API);
-  QEL_Print_Data(d_, &session_, small, true, false, nullptr);
-  EXPECT_TRUE(small.isSilentTruncation());
-  EXPECT_EQ(small.ReadAvailable(), 40);
+            std::make_tuple(Route::Log, 0, 648, std::string("ERROR: Unrecognized output format 90 (volumes)")));
+  EXPECT_EQ(print(static_cast<P::OutputType>(7000)), "Error: Unrecognized output format (line - 649)type 7000 ()\n");
 }
 
 // The standard formats, whole, of a table holding a nested one whose texts
 // need quoting, escaping and UTF-8 repair.
 TEST_F(Print, StandardFormatsWholeDocuments) {
-  using P = Preferences;
   head_ = logRows(userRows({"q\"t,1", "b\xff\x01", "t\tx"}));
   session_.getPreferences().setSelectedTable(tGSsnmp_2Dusers);
   const std::pair<P::OutputType, std::string> cases[] = {
@@ -138,11 +108,12 @@ TEST_F(Print, StandardFormatsWholeDocuments) {
                            "{\"name\":\"beta\",\"unhealthy-component\":[],\"slot\":8}\n]}\n"},
       {P::OUTPUT_CSV, "name,slot\r\n\"q\"\"t,1\",1\r\nb\uFFFD\x01,2\r\nt\tx,3\r\n"},
       {P::OUTPUT_TSV, "name\tslot\n\"q\"\"t,1\"\t1\nb\uFFFD\x01\t2\n\"t\tx\"\t3\n"},
+      {P::OUTPUT_NDJSON, "{\"managed-logs\":{\"name\":\"alpha\",\"unhealthy-component\":[{\"name\":\"q\\\"t,1\",\"slot\":1},"
+                         "{\"name\":\"b\uFFFD\\u0001\",\"slot\":2},{\"name\":\"t\\tx\",\"slot\":3}],\"slot\":7}}\n"
+                         "{\"managed-logs\":{\"name\":\"beta\",\"unhealthy-component\":[],\"slot\":8}}\n"},
   };
   for (const auto &c : cases)
     EXPECT_EQ(print(c.first), c.second) << c.first;
-  const std::string ndjson = print(P::OUTPUT_NDJSON);
-  EXPECT_EQ(ndjson.substr(ndjson.find("\n{")), "\n{\"managed-logs\":{\"name\":\"beta\",\"unhealthy-component\":[],\"slot\":8}}\n");
   session_.getPreferences().setLocale(LOCALE_DE);
   const std::string page = print(P::OUTPUT_HTML, false, false, "show <x>");
   for (const char *part : {"<html lang=\"de\">", "<title>show &lt;x&gt;</title>",
@@ -151,44 +122,21 @@ TEST_F(Print, StandardFormatsWholeDocuments) {
     EXPECT_NE(page.find(part), std::string::npos) << part;
 }
 
-// `managed-logs` rows first .. first + count - 1 under object name \p name,
-// in print order: texts to escape, a two-row nested table in every third
-// row.
-QEL_DESC *logPage(services::user::Session &s, int first, int count, GS_TokenValues name) {
-  QEL_DESC *d = QEL_Create(&s, tGSmanaged_2Dlogs, name, count, 0);
-  char text[32];
-  for (int r = 0; r < count; ++r) {
-    std::snprintf(text, sizeof text, "log <%d> & \"x\"", first + r);
-    QEL_FillColumnString(&s, d, 0, r, text);
-    QEL_FillColumnU32(&s, d, 2, r, static_cast<unsigned>(first + r));
-    if ((first + r) % 3 == 0) {
-      QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
-      QEL_FillColumnString(&s, nested, 0, 0, "n0");
-      QEL_FillColumnString(&s, nested, 0, 1, "n1");
-      QEL_FillColumnQEL(&s, d, 1, r, nested);
-    }
-  }
-  return d;
-}
-
 // A paged print of rows in print order is the whole print of one descriptor
 // holding them, byte for byte, whatever the page size: object ids, XML2
 // COMP elements, web-script commas, tag indexes and wrappers, and the
 // console's header and rule (fixed widths here) carry across pages. A
 // linked table ends the last page, and an empty page continues the table.
 TEST_F(Print, PagesPrintAsOneDescriptor) {
-  using P = Preferences;
-  const P::OutputType types[] = {P::OUTPUT_API,  P::OUTPUT_API_BRIEF, P::OUTPUT_XML2,
-                                 P::OUTPUT_XML2_BRIEF, P::OUTPUT_JSON, P::OUTPUT_JSON_ALT,
-                                 P::OUTPUT_TAG,  P::OUTPUT_CONSOLE, P::OUTPUT_JSON_STD,
-                                 P::OUTPUT_NDJSON, P::OUTPUT_CSV, P::OUTPUT_TSV, P::OUTPUT_HTML};
-  for (const P::OutputType type : types)
+  for (const P::OutputType type : {P::OUTPUT_API, P::OUTPUT_API_BRIEF, P::OUTPUT_XML2, P::OUTPUT_XML2_BRIEF,
+                                   P::OUTPUT_JSON, P::OUTPUT_JSON_ALT, P::OUTPUT_TAG, P::OUTPUT_CONSOLE,
+                                   P::OUTPUT_JSON_STD, P::OUTPUT_NDJSON, P::OUTPUT_CSV, P::OUTPUT_TSV,
+                                   P::OUTPUT_HTML})
     for (const int rows : {1, 2, 23})
       for (const int page : {1, 2, 7, 4096}) {
-        SCOPED_TRACE(testing::Message() << "type " << type << ", " << rows << " rows, pages of "
-                                        << page);
+        SCOPED_TRACE(testing::Message() << "type " << type << ", " << rows << " rows, pages of " << page);
         session_.getPreferences().setOutputFormat(type);
-        QEL_DESC *whole = logPage(session_, 0, rows, tGSvolume);
+        QEL_DESC *whole = logPage(0, rows);
         QEL_link(whole, userRows({"tail"}));
         out_.Rewind();
         QEL_Print_Data(whole, &session_, out_, true, true, "show");
@@ -198,13 +146,13 @@ TEST_F(Print, PagesPrintAsOneDescriptor) {
         out_.Rewind();
         QEL_PRINT *print = QEL_PrintOpen(&session_, out_, true, true, "show");
         for (int first = 0; first < rows; first += page) {
-          QEL_DESC *d = logPage(session_, first, std::min(page, rows - first), tGSvolume);
+          QEL_DESC *d = logPage(first, std::min(page, rows - first));
           if (first + page >= rows)
             QEL_link(d, userRows({"tail"}));
           EXPECT_TRUE(QEL_PrintPage(print, d));
           QEL_Free(d);
           if (first == 0 && page < rows) {
-            QEL_DESC *empty = logPage(session_, 0, 0, tGSvolume);
+            QEL_DESC *empty = logPage(0, 0);
             QEL_PrintPage(print, empty);
             QEL_Free(empty);
           }
@@ -214,57 +162,33 @@ TEST_F(Print, PagesPrintAsOneDescriptor) {
       }
 }
 
-// A sink that takes no more text stops the print after the page that
-// filled it (here a bounded buffer; a failed file alike); the close still
-// ends what it can, and nothing leaks.
-TEST_F(Print, FullStreamStopsThePaging) {
+// Output that overflows the stream is cut, never thrown: by the renderers'
+// shared table walk, and by the print entry for the envelope it writes
+// itself. A sink that takes no more text stops a paged print after the page
+// that filled it (here a bounded buffer; a failed file alike); the close
+// still ends what it can, and nothing leaks.
+TEST_F(Print, FullStreams) {
+  utility::BufferStream tiny(30), small(40), paged(4000);
+  services::user::Session direct(tiny);
+  ConsoleRenderer(&direct).PrintTable(d_, 0, 0);
+  EXPECT_EQ(tiny.ReadAvailable(), 30);
+  EXPECT_EQ(print(P::OUTPUT_API, true, false, nullptr, &small).size(), 40u);
+  services::user::Session session(paged); // the body goes to the session's stream
+  session.getPreferences().setOutputFormat(P::OUTPUT_API);
   LogCapture log;
-  utility::BufferStream small(4000);
-  services::user::Session session(small);
-  session.getPreferences().setOutputFormat(Preferences::OUTPUT_API);
-  QEL_PRINT *print = QEL_PrintOpen(&session, small, false, false, nullptr);
+  QEL_PRINT *print = QEL_PrintOpen(&session, paged, false, false, nullptr);
   int printed = 0;
   for (int page = 0; page < 10; ++page) {
-    QEL_DESC *d = logPage(session, page, 1, tGSnone);
+    QEL_DESC *d = logPage(page, 1, tGSnone);
     printed += QEL_PrintPage(print, d);
     QEL_Free(d);
   }
   QEL_PrintClose(print);
   EXPECT_TRUE(printed > 0 && printed < 10) << printed;
   EXPECT_EQ(log.texts(Route::Log),
-            std::vector<std::string>{
-                "QEL_PrintPage: the output stream is full or failed; the print stops"});
+            std::vector<std::string>{"QEL_PrintPage: the output stream is full or failed; the print stops"});
   EXPECT_EQ(QEL_PrintPage(nullptr, d_), false);
   QEL_PrintClose(nullptr);
-}
-
-// The catalogue's rule, across two descriptors of one table: volumes sort
-// on their names (column 3), a missing name first; bad arguments compare
-// equal and are logged.
-TEST_F(Print, CompareRowsAcrossBatches) {
-  QEL_DESC *a = own(QEL_Create(&session_, tGSvolumes, tGSnone, 3, 0));
-  QEL_DESC *b = own(QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0));
-  QEL_FillColumnString(&session_, a, 3, 0, "vol2");
-  QEL_FillColumnString(&session_, a, 3, 1, "vol10");
-  QEL_FillColumnString(&session_, a, 0, 2, "id"); // row 2: no name
-  QEL_FillColumnString(&session_, b, 3, 0, "vol3");
-  EXPECT_GT(QEL_CompareRows(a, 0, a, 1), 0);
-  EXPECT_LT(QEL_CompareRows(a, 0, b, 0), 0);
-  EXPECT_LT(QEL_CompareRows(a, 2, b, 0), 0);
-  LogCapture log;
-  EXPECT_EQ(QEL_CompareRows(a, 0, b, 5), 0);
-  EXPECT_EQ(QEL_CompareRows(a, 0, d_, 0), 0);
-  EXPECT_EQ(log.records.size(), 2u);
-}
-
-TEST_F(Print, NullHeadStillGetsItsEnvelope) {
-  LogCapture log;
-  head_ = nullptr;
-  EXPECT_EQ(print(Preferences::OUTPUT_API), "<RESPONSE VERSION=\"L100\">\n</RESPONSE>\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_CONSOLE), "\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_JSON_STD), "{}\n");
-  EXPECT_EQ(print(Preferences::OUTPUT_CSV), "");
-  EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>{"pDesc is NULL"});
 }
 
 } // namespace
