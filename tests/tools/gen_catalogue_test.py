@@ -1,46 +1,12 @@
 """The catalogue and decoder generators stop on broken sources with
 file:line errors and write nothing."""
 
-import os
 import unittest
 
 import genharness
 
-KEYWORDS = """\
-1 volumes
-2 name
-3 health
-4 none
-5 singleton
-6 blocks
-7 blocksize
-8 512
-"""
-DECODERS = """\
-decodeHealthStatus
-  0 OK
-  1 Degraded
-"""
-CATALOGUE = """\
-array gQdbShowVolumes
-  name    STRING MaxVolumeNameLength PDWS string -
-  health  ENUM   10 PD string decodeHealthStatus
-  blocks  U64    20 D  integer - blocksize=512
-"""
-REGISTRATIONS = 'volumes gQdbShowVolumes yes name none none\n'
-
 
 class Generators(genharness.GeneratorTest):
-    def assertFails(self, file, line, fragment, catalogue=CATALOGUE, registrations=REGISTRATIONS,
-                    decoders=DECODERS):
-        files = {'keywords.txt': KEYWORDS, 'decoders.txt': decoders,
-                 'catalogue.txt': catalogue, 'registrations.txt': registrations}
-        tmp = self.write_sources(files)
-        out_cpp = os.path.join(tmp, 'out', 'c.cpp')
-        args = [os.path.join(tmp, n) for n in files] + [os.path.join(tmp, 'out', 'c.h'), out_cpp]
-        self.assertFailsAt(self.generate('gen_catalogue.py', args), os.path.join(tmp, file), line,
-                           fragment, out_cpp)
-
     def test_broken_sources(self):
         catalogue = [
             ('nosuch  STRING 10 PD string -', 'not a keyword'),
@@ -70,15 +36,14 @@ class Generators(genharness.GeneratorTest):
             ('decodeX\n', 1, 'lists no value'),
             ('  0 A\n', 1, 'before the first decoder'),
         ]
-        cases = [('catalogue.txt', 2, f, dict(catalogue=f'array gQdbShowVolumes\n  {line}\n'))
-                 for line, f in catalogue]
-        cases += [('registrations.txt', 1, f, dict(registrations=line + '\n')) for line, f in registrations]
-        cases += [('decoders.txt', n, f, dict(decoders=text, catalogue='array gQdbShowVolumes\n'
-                                              '  name STRING 10 PD string -\n'))
-                  for text, n, f in decoders]
-        for file, line, fragment, kwargs in cases:
-            with self.subTest(file=file, **kwargs):
-                self.assertFails(file, line, fragment, **kwargs)
+        name_only = 'array gQdbShowVolumes\n  name STRING 10 PD string -\n'
+        cases = [({'catalogue.txt': f'array gQdbShowVolumes\n  {line}\n'}, 'catalogue.txt', 2, fragment)
+                 for line, fragment in catalogue]
+        cases += [({'registrations.txt': line + '\n'}, 'registrations.txt', 1, fragment)
+                  for line, fragment in registrations]
+        cases += [({'decoders.txt': text, 'catalogue.txt': name_only}, 'decoders.txt', line, fragment)
+                  for text, line, fragment in decoders]
+        self.assertBroken('gen_catalogue.py', [*genharness.SOURCES, 'out/c.h', 'out/c.cpp'], 'out/c.cpp', cases)
 
 
 if __name__ == '__main__':
