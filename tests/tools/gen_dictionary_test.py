@@ -1,5 +1,5 @@
-"""The dictionary generator stops on broken sources with file:line errors
-and writes nothing; on good sources it places localized variants by table."""
+# The dictionary generator stops on broken sources with file:line errors
+# and writes nothing; on good sources it places localized variants by table.
 
 import os
 import unittest
@@ -40,8 +40,8 @@ class DictionaryGenerator(genharness.GeneratorTest):
             text = f.read()
         body = text[text.index('fieldNametGStype_de'):]
         # Placed in the English order: default, drives, tasks.
-        self.assertLess(body.index('{0,'), body.index('{tGSdrives,'))
-        self.assertLess(body.index('{tGSdrives,'), body.index('{tGStasks,'))
+        placed = [body.index(key) for key in ('{0,', '{tGSdrives,', '{tGStasks,')]
+        self.assertEqual(placed, sorted(placed))
         self.assertIn('fieldNametGSprimary_2Dip_2Daddress_de', text)
         with open(os.path.join(tmp, 'out', 'field_name_arrays.h')) as f:
             self.assertIn('fieldNameLengthtGStype;', f.read())

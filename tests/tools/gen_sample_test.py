@@ -1,5 +1,5 @@
-"""The sample-system generator: values converted by column type, and broken
-sample sources stopped with file:line errors before anything is written."""
+# The sample-system generator: values converted by column type, and broken
+# sample sources stopped with file:line errors before anything is written.
 
 import os
 import unittest

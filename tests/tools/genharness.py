@@ -1,5 +1,5 @@
-"""Shared by the generator tests: a small valid repository, a generator run
-on it with some of its files replaced, and the check of how one fails."""
+# Shared by the generator tests: a small valid repository, a generator run
+# on it with some of its files replaced, and the check of how one fails.
 
 import os
 import shutil
@@ -34,9 +34,9 @@ array gQdbStatus
 
 class GeneratorTest(unittest.TestCase):
     def generate(self, script, args, files):
-        """Runs \\p script on paths \\p args in a fresh directory holding
-        SOURCES updated by \\p files ({name: text}); returns the process and
-        the directory."""
+        # Runs \p script on paths \p args in a fresh directory holding
+        # SOURCES updated by \p files ({name: text}); returns the process and
+        # the directory.
         tmp = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, tmp)
         for name, text in {**SOURCES, **files}.items():
@@ -47,8 +47,8 @@ class GeneratorTest(unittest.TestCase):
         return subprocess.run(args, capture_output=True, text=True), tmp
 
     def assertBroken(self, script, args, output, cases):
-        """Each case (files, file, line, fragment): \\p script stops with
-        "file:line: error: " and the fragment, and writes no \\p output."""
+        # Each case (files, file, line, fragment): \p script stops with
+        # "file:line: error: " and the fragment, and writes no \p output.
         for files, file, line, fragment in cases:
             with self.subTest(file=file, fragment=fragment):
                 proc, tmp = self.generate(script, args, files)
