@@ -193,25 +193,25 @@ class EveryTable(unittest.TestCase):
                                       or f == 'tag' and b not in ('sas-port', 'events')]), [])
         scripts = [(b, f) for b in BASETYPES for f in ('json', 'json-alt')]
         read = dict(zip(scripts, node_eval([self.docs[b][f].stdout for b, f in scripts]) if not NO_NODE else []))
-        for b, docs in self.docs.items():
+        for b, by_format in self.docs.items():
             with self.subTest(basetype=b):
-                api = xml_objects(docs['api'].stdout)
+                api = xml_objects(by_format['api'].stdout)
                 for f in XML_FORMATS[1:]:
-                    self.assertEqual(flat(xml_objects(docs[f].stdout)), flat(api), f)
+                    self.assertEqual(flat(xml_objects(by_format[f].stdout)), flat(api), f)
                 for f in ('json', 'json-alt') if not NO_NODE else ():
                     node = lambda o: (o['basetype'], [tuple(p) for p in o['props']], [node(n) for n in o['nested']])
                     self.assertEqual(flat([node(o) for o in read[b, f]]), flat(api), f)
-                std = json.loads(docs['json-std'].stdout)
+                std = json.loads(by_format['json-std'].stdout)
                 self.assertEqual([json_row(t, r) for t, rows in std.items() for r in rows], as_json(api))
-                lines = [json.loads(line) for line in docs['ndjson'].stdout.splitlines()]
+                lines = [json.loads(line) for line in by_format['ndjson'].stdout.splitlines()]
                 self.assertEqual([json_row(*next(iter(o.items()))) for o in lines], as_json(api))
                 for f, parsed in (('json-std', [std]), ('ndjson', lines)):
-                    jq = subprocess.run(['jq', '-c', '.'], input=docs[f].stdout, capture_output=True)
+                    jq = subprocess.run(['jq', '-c', '.'], input=by_format[f].stdout, capture_output=True)
                     self.assertEqual((jq.returncode, [json.loads(x) for x in jq.stdout.splitlines()]), (0, parsed))
                 own = [o for o in api if o[0] == b]
                 table = ([[n for n, _ in own[0][1]]] if own else []) + [[v for _, v in o[1]] for o in own]
                 for f, delimiter in (('csv', ','), ('tsv', '\t')):
-                    got = list(csv.reader(io.StringIO(docs[f].stdout.decode(), newline=''), delimiter=delimiter))
+                    got = list(csv.reader(io.StringIO(by_format[f].stdout.decode(), newline=''), delimiter=delimiter))
                     self.assertEqual(got if own else got[1:], table, f)
         if NO_NODE:
             self.skipTest(NO_NODE)
