@@ -7,37 +7,36 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <unistd.h>
 
 namespace {
 
+// Over a megabyte through a 97-byte buffer: a full buffer is delivered,
+// never cut or raised, and the destructor delivers the rest.
 TEST(FileStream, DeliversMegabytesThroughASmallBuffer) {
   char path[] = "/tmp/qel_file_stream_XXXXXX";
   const int fd = mkstemp(path);
   ASSERT_GE(fd, 0);
   auto contents = [&path] {
-    std::stringstream ss;
-    ss << std::ifstream(path, std::ios::binary).rdbuf();
-    return ss.str();
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
   };
   std::string expected;
   {
-    utility::FileStream out(fd, 97); // a full buffer is delivered, never cut or raised
+    utility::FileStream out(fd, 97);
     for (int i = 0; i < 40000; ++i) {
+      const std::string big(i % 1000 ? 0 : 5000 + i / 100, 'q');
       out.PutF("row %d|", i);
       out.PutS("cell, ");
       out.PutC('x');
       out.Indent(i % 7);
       out.PutB("\0z", 2);
-      expected += "row " + std::to_string(i) + "|cell, x" + std::string(i % 7, ' ') +
-                  std::string("\0z", 2);
-      if (i % 1000 == 0) {
-        std::string big(5000 + i / 100, 'q');
+      if (!big.empty())
         out.PutF("[%s]", big.c_str());
-        expected += "[" + big + "]";
-      }
+      expected += "row " + std::to_string(i) + "|cell, x" + std::string(i % 7, ' ') + std::string("\0z", 2) +
+                  (big.empty() ? "" : "[" + big + "]");
     }
     out.PutS("pending");
     expected += "pending";
@@ -46,8 +45,7 @@ TEST(FileStream, DeliversMegabytesThroughASmallBuffer) {
     EXPECT_EQ(out.ReadAvailable(), 0);
     EXPECT_EQ(contents(), expected);
     out.PutS("tail");
-  } // the destructor delivers the rest
-  EXPECT_GT(expected.size(), 1000000u);
+  }
   EXPECT_EQ(contents(), expected + "tail");
   close(fd);
   unlink(path);

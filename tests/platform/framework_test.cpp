@@ -3,6 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
 namespace {
 
 using qeltest::LogCapture;
@@ -18,9 +23,8 @@ TEST(Logger, RecordsKeepRouteTypeSourceAndWholeText) {
   assertEngOnly(false, "broken: %s"); // the message is not a format
   assertEngOnly(true, "never reported");
   ASSERT_EQ(log.records.size(), 4u);
-  EXPECT_EQ(log.records[0].type, 3);
-  EXPECT_STREQ(log.records[0].function, "void f(int)");
-  EXPECT_EQ(log.records[0].line, 426);
+  EXPECT_EQ(std::make_tuple(log.records[0].type, std::string(log.records[0].function), log.records[0].line),
+            std::make_tuple(3, std::string("void f(int)"), 426));
   EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>{"row[7]"});
   EXPECT_EQ(log.texts(Route::Error), std::vector<std::string>{"<" + big + ">"});
   EXPECT_EQ(log.texts(Route::Debug), std::vector<std::string>{"debug 1192\n"});
@@ -35,8 +39,7 @@ TEST(Logger, SinksNestAndTheDefaultWritesOneLineWithoutDebug) {
   logErrorPrint("one");
   framework::Logger::setSink(previous); // setSink hands back the sink it replaced
   logErrorPrint("two");
-  EXPECT_EQ(first, 1);
-  EXPECT_EQ(second, 1);
+  EXPECT_EQ(std::make_pair(first, second), std::make_pair(1, 1));
 
   framework::Logger::setSink(framework::Logger::Sink{}); // the default sink
   testing::internal::CaptureStderr();
@@ -48,25 +51,22 @@ TEST(Logger, SinksNestAndTheDefaultWritesOneLineWithoutDebug) {
   EXPECT_EQ(err, "qel error[0]: visible\nqel log[0] fn:12: pDesc is NULL\n");
 }
 
+// The fault injection the allocation-failure sweeps rely on.
 TEST(Memory, FaultInjection) {
-  struct Case {
-    long n;
-    bool persistent;
-    const char *expected; // one character per allocation: + ok, - failed
-  } cases[] = {{0, false, "-++++"}, {2, false, "++-++"}, {0, true, "-----"},
-               {2, true, "++---"},  {-1, false, "+++++"}};
-  for (const auto &c : cases) {
-    long live = Memory::liveAllocations();
-    framework::testing::setFailAfter(c.n, c.persistent);
+  const std::tuple<long, bool, const char *> cases[] = { // + ok, - failed
+      {0, false, "-++++"}, {2, false, "++-++"}, {0, true, "-----"}, {2, true, "++---"}, {-1, false, "+++++"}};
+  for (const auto &[n, persistent, expected] : cases) {
+    const long live = Memory::liveAllocations();
+    framework::testing::setFailAfter(n, persistent);
     std::string got;
     void *blocks[5];
     for (auto &b : blocks)
       got += (b = Memory::StaticAlloc(16)) ? '+' : '-';
     framework::testing::setFailAfter(-1);
-    EXPECT_EQ(got, c.expected);
+    EXPECT_EQ(got, expected);
     for (auto &b : blocks)
       Memory::StaticFree(b);
-    EXPECT_EQ(Memory::liveAllocations(), live) << c.expected;
+    EXPECT_EQ(Memory::liveAllocations(), live) << expected;
   }
 }
 

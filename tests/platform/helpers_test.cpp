@@ -7,11 +7,12 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using services::user::Preferences;
-using qeltest::LogCapture;
 
 TEST(GetSizeString, UnitsBasesAndPrecision) {
   const auto A = Preferences::UNITS_AUTO;
@@ -30,12 +31,10 @@ TEST(GetSizeString, UnitsBasesAndPrecision) {
       {1048576, Preferences::UNITS_MB, 2, 16, "1.05", "MB"}, // other bases: 10
   };
   for (const auto &c : cases) {
-    SCOPED_TRACE(std::to_string(c.bytes) + " base " + std::to_string(c.base));
     char number[20], unit[8];
-    getSizeString(c.bytes, c.units, static_cast<std::uint8_t>(c.precision), c.base, number,
-                  unit);
-    EXPECT_STREQ(number, c.number);
-    EXPECT_STREQ(unit, c.unit);
+    getSizeString(c.bytes, c.units, static_cast<std::uint8_t>(c.precision), c.base, number, unit);
+    EXPECT_EQ(std::string(number) + " " + unit, std::string(c.number) + " " + c.unit)
+        << c.bytes << " base " << c.base;
   }
   // The widest case: the largest count in the smallest forced unit with the
   // most decimals. Bytes past the 20th stay untouched.
@@ -48,17 +47,16 @@ TEST(GetSizeString, UnitsBasesAndPrecision) {
 }
 
 TEST(Strip, WhiteSpaceAtBothEndsOnly) {
-  struct Case {
-    const char *in, *out;
-  } cases[] = {{"  disk  ", "disk"}, {" \t\n", ""}, {"", ""}, {"\tx y \r\n", "x y"}};
-  for (const auto &c : cases) {
+  const std::pair<const char *, const char *> cases[] = {
+      {"  disk  ", "disk"}, {" \t\n", ""}, {"", ""}, {"\tx y \r\n", "x y"}};
+  for (const auto &[in, out] : cases) {
     char buf[32];
-    std::strcpy(buf, c.in);
-    EXPECT_EQ(stripLeadingTrailingWhiteSpace(buf), buf);
-    EXPECT_STREQ(buf, c.out) << '"' << c.in << '"';
+    EXPECT_EQ(stripLeadingTrailingWhiteSpace(std::strcpy(buf, in)), buf);
+    EXPECT_STREQ(buf, out) << '"' << in << '"';
   }
 }
 
+// Per thread: another thread starts in English whatever this one chose.
 TEST(Locale, NotAvailableAndDecimalPointFollowTheThreadLocale) {
   const char *expected[10] = {"N/A",      "N/D",    "N/D",    "k. A.",  "N/D",
                               "該当なし", "n.v.t.", "不适用", "不適用", "해당 없음"};
@@ -73,46 +71,34 @@ TEST(Locale, NotAvailableAndDecimalPointFollowTheThreadLocale) {
   const char *other = "Unknown"; // other messages pass through
   EXPECT_EQ(mc_gettext(other), other);
   EXPECT_EQ(mc_gettext(nullptr), nullptr);
-
-  // The locale is per thread: another thread starts in English.
   setThreadLocale(3);
   std::string seen;
-  char point = 0;
-  std::thread([&] {
-    seen = mc_gettext("N/A");
-    point = getDecimalPointForCurrentTask();
-  }).join();
-  EXPECT_EQ(seen, "N/A");
-  EXPECT_EQ(point, '.');
+  std::thread([&] { seen = mc_gettext("N/A") + std::string(1, getDecimalPointForCurrentTask()); }).join();
+  EXPECT_EQ(seen, "N/A.");
   EXPECT_STREQ(mc_gettext("N/A"), "k. A.");
   setThreadLocale(0);
 }
 
 TEST(BoundedOperations, NeverOverrunAndReportOverflow) {
-  LogCapture log;
+  qeltest::LogCapture log;
   char buf[8];
   std::memset(buf, '#', sizeof buf);
   EXPECT_EQ(snprintfAssert(buf, 4, "%s", "abcdef"), 3);
-  EXPECT_STREQ(buf, "abc");
-  EXPECT_EQ(buf[4], '#');
+  EXPECT_EQ(std::string(buf, 5), std::string("abc\0#", 5));
   EXPECT_EQ(snprintfAssert(buf, 8, "%d", 42), 2);
 
   std::memset(buf, '#', sizeof buf);
-  EXPECT_STREQ(strcpyAssert(buf, "0123456789", 5), "0123");
-  EXPECT_EQ(buf[5], '#');
+  EXPECT_EQ(std::string(strcpyAssert(buf, "0123456789", 5), 6), std::string("0123\0#", 6));
   EXPECT_STREQ(strcpyAssert(buf, nullptr, 5), "");
   EXPECT_STREQ(strcpyAssert(buf, "abcd", 5), "abcd");
 
   std::memset(buf, '#', sizeof buf);
   memsetAssert(buf, 0, 100, 4);
-  EXPECT_EQ(buf[3], 0);
-  EXPECT_EQ(buf[4], '#');
   memsetAssert(buf, 'x', 2, 4);
-  EXPECT_EQ(buf[1], 'x');
+  EXPECT_EQ(std::string(buf, 5), std::string("xx\0\0#", 5));
 
-  EXPECT_EQ(log.texts(LogCapture::Route::Assert),
-            (std::vector<std::string>{"snprintfAssert: output truncated",
-                                      "strcpyAssert: source too long",
+  EXPECT_EQ(log.texts(qeltest::LogCapture::Route::Assert),
+            (std::vector<std::string>{"snprintfAssert: output truncated", "strcpyAssert: source too long",
                                       "memsetAssert: count exceeds the destination"}));
 }
 
