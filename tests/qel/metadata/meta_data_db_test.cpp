@@ -163,7 +163,7 @@ TEST_F(Registry, SetColumnPrint) {
   TableMetaData *cache = table("cache-settings");
   PropertyMetaData *one = cache->getPropertyDef(1), *two = cache->getPropertyDef(2);
   ASSERT_EQ(one->keywordId, two->keywordId);
-  const auto flags = [](const PropertyMetaData *p) { return std::make_pair(p->print, p->draw); };
+  const auto flags = [](const PropertyMetaData *p) { return std::make_pair(bool(p->print), bool(p->draw)); };
   const auto second = flags(two);
   TableMetaDataManager::SetColumnPrint(tGScache_2Dsettings, one->keywordId, false, true);
   EXPECT_EQ(flags(one), std::make_pair(false, true));
