@@ -5,7 +5,6 @@
 
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -14,7 +13,9 @@ using qeltest::LogCapture;
 using Route = framework::LogRecord::Route;
 using framework::Memory;
 
-TEST(Logger, RecordsKeepRouteTypeSourceAndWholeText) {
+// Records keep route, type, source and the whole text; sinks nest, and the
+// default sink writes one line per record without the debug route.
+TEST(Logger, RecordsSinksAndTheDefaultSink) {
   LogCapture log;
   const std::string big(3000, 'm'); // longer than the formatter's stack buffer
   framework::Logger::StaticLogMethod(3, "void f(int)", 426, "row[%d]", 7);
@@ -29,25 +30,22 @@ TEST(Logger, RecordsKeepRouteTypeSourceAndWholeText) {
   EXPECT_EQ(log.texts(Route::Error), std::vector<std::string>{"<" + big + ">"});
   EXPECT_EQ(log.texts(Route::Debug), std::vector<std::string>{"debug 1192\n"});
   EXPECT_EQ(log.texts(Route::Assert), std::vector<std::string>{"broken: %s"});
-}
-
-TEST(Logger, SinksNestAndTheDefaultWritesOneLineWithoutDebug) {
-  int first = 0, second = 0;
-  auto count = [](const framework::LogRecord &, void *n) { ++*static_cast<int *>(n); };
-  auto original = framework::Logger::setSink(count, &first);
-  auto previous = framework::Logger::setSink(count, &second);
+  log.clear();
+  int nested = 0;
+  auto previous = framework::Logger::setSink([](const framework::LogRecord &, void *n) { ++*static_cast<int *>(n); },
+                                             &nested);
   logErrorPrint("one");
   framework::Logger::setSink(previous); // setSink hands back the sink it replaced
   logErrorPrint("two");
-  EXPECT_EQ(std::make_pair(first, second), std::make_pair(1, 1));
-
+  EXPECT_EQ(nested, 1);
+  EXPECT_EQ(log.texts(Route::Error), std::vector<std::string>{"two"});
   framework::Logger::setSink(framework::Logger::Sink{}); // the default sink
   testing::internal::CaptureStderr();
   logDebugPrint("hidden\n");
   logErrorPrint("visible\n");
   framework::Logger::StaticLogMethod(0, "fn", 12, "pDesc is NULL");
   std::string err = testing::internal::GetCapturedStderr();
-  framework::Logger::setSink(original);
+  framework::Logger::setSink(previous);
   EXPECT_EQ(err, "qel error[0]: visible\nqel log[0] fn:12: pDesc is NULL\n");
 }
 

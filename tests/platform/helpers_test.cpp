@@ -7,7 +7,6 @@
 #include <cstring>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -16,12 +15,8 @@ using services::user::Preferences;
 
 TEST(GetSizeString, UnitsBasesAndPrecision) {
   const auto A = Preferences::UNITS_AUTO;
-  struct Case {
-    std::uint64_t bytes;
-    Preferences::StorageUnit units;
-    int precision, base;
-    const char *number, *unit;
-  } cases[] = {
+  struct Case { std::uint64_t bytes; Preferences::StorageUnit units; int precision, base; const char *number, *unit; }
+  cases[] = {
       {999, A, 2, 10, "999.00", "B"},      {1000, A, 2, 10, "1.00", "KB"},
       {1023, A, 2, 2, "1023.00", "B"},     {1024, A, 2, 2, "1.00", "KiB"},
       {1048576, A, 0, 10, "1", "MB"},      {999999999999ull, A, 1, 10, "1000.0", "GB"},
@@ -44,16 +39,6 @@ TEST(GetSizeString, UnitsBasesAndPrecision) {
   EXPECT_LE(std::strlen(number), 19u);
   EXPECT_EQ(std::string(number + 20, 12), std::string(12, '#'));
   EXPECT_EQ(std::string(number).substr(0, 15), "184467440737095");
-}
-
-TEST(Strip, WhiteSpaceAtBothEndsOnly) {
-  const std::pair<const char *, const char *> cases[] = {
-      {"  disk  ", "disk"}, {" \t\n", ""}, {"", ""}, {"\tx y \r\n", "x y"}};
-  for (const auto &[in, out] : cases) {
-    char buf[32];
-    EXPECT_EQ(stripLeadingTrailingWhiteSpace(std::strcpy(buf, in)), buf);
-    EXPECT_STREQ(buf, out) << '"' << in << '"';
-  }
 }
 
 // Per thread: another thread starts in English whatever this one chose.

@@ -37,12 +37,7 @@ const char kPutFile[] = "src/util/ut_PutStream", kPutC[] = "void utility::PutStr
 // Indent copies from arrive whole; non-positive counts and null text write
 // nothing.
 TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
-  struct Case {
-    int capacity;
-    void (*write)(BufferStream &);
-    std::string kept;
-    bool overflows;
-  } cases[] = {
+  struct Case { int capacity; void (*write)(BufferStream &); std::string kept; bool overflows; } cases[] = {
       {6, [](BufferStream &s) { for (char c : std::string("0123456789")) s.PutC(c); }, "012345", true},
       {6, [](BufferStream &s) { s.PutS("0123456789"); }, "012345", true},
       {6, [](BufferStream &s) { s.PutF("%s%d", "01234", 56789); }, "012345", true},
@@ -82,11 +77,7 @@ TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
 TEST(Buffer, AdvancesClampThenRaise) {
   const char *write = "virtual void utility::Buffer::WriteAdvance(int)";
   const char *read = "virtual void utility::Buffer::ReadAdvance(int)";
-  struct Case {
-    bool head; // WriteAdvance, else ReadAdvance
-    int n, readPos, writePos;
-    bool raises;
-  } cases[] = {
+  struct Case { bool head; int n, readPos, writePos; bool raises; } cases[] = { // head: WriteAdvance, else ReadAdvance
       {true, 2, 2, 8, false},   {true, 3, 2, 8, true},   {true, INT_MAX, 2, 8, true},
       {true, -1, 2, 5, true},   {true, -100, 2, 2, true}, {true, INT_MIN, 2, 2, true},
       {false, 4, 6, 6, false},  {false, 5, 6, 6, true},  {false, INT_MAX, 6, 6, true},
@@ -115,21 +106,6 @@ TEST(Buffer, AdvancesClampThenRaise) {
       EXPECT_EQ(s.ReceiveInputStream(block, sizeof block), s.WritePosition() - c.readPos);
     }
   }
-}
-
-// Read in chunks until the input's end; again from the start into a stream
-// too small, which cuts the send short.
-TEST(OutputStream, TransferFromInputStream) {
-  BufferStream in(40000), out(40000), cut(4);
-  for (int i = 0; i < 3000; ++i)
-    in.PutF("%d,", i);
-  const std::string all = in.pTail();
-  EXPECT_TRUE(out.TransferFromInputStream(in));
-  EXPECT_EQ(out.pTail(), all);
-  cut.setSilentTruncation(true);
-  EXPECT_TRUE(in.StartInputStream());
-  EXPECT_FALSE(cut.TransferFromInputStream(in));
-  EXPECT_STREQ(cut.pTail(), "0,1,");
 }
 
 TEST(Debug, CategoryBounds) {

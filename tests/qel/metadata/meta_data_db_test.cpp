@@ -52,108 +52,76 @@ TEST_F(Registry, IndexAndColumnBounds) {
   EXPECT_EQ(registry()->getTable(static_cast<GS_TokenValues>(0)), nullptr);
 }
 
-// The generated catalogue reaches the registry, and start-up registers it
-// without a log line: keys, an overflow slot, property flags and qualifiers,
-// shared arrays, decoders. The metadata golden files and documents pin the
-// volumes and events properties and keys.
-TEST_F(Registry, CatalogueSpotChecks) {
+// Start-up registers the generated catalogue without a log line, keys
+// included; storage-pools has no table index and lives in an overflow slot.
+// The goldens pin the properties, qualifiers and decoders of the catalogue.
+TEST_F(Registry, CatalogueKeys) {
   EXPECT_EQ(qeltest::startupLog(), std::vector<std::string>{});
-  auto registration = [&](const char *basetype) {
+  for (const auto &[basetype, expected] : {std::pair<const char *, const char *>{"events", "10 event-id none none"},
+                                          {"storage-pools", "30 serial-number none none"}}) {
     TableMetaData *t = table(basetype);
-    return std::to_string(t->getNumColumns()) + " " + t->getPrimaryKey() + " " + t->getParentBasetype() + " " +
-           t->getParentKeyProp();
-  };
-  EXPECT_EQ(registration("events"), "10 event-id none none");
-  EXPECT_EQ(registration("storage-pools"), "30 serial-number none none"); // an overflow slot
-  // keyword type size flags sort qualifier, as the catalogue lists them
-  auto property = [&](const char *basetype, int column) {
-    const PropertyMetaData *d = table(basetype)->getPropertyDef(column);
-    return std::string(strings::GS.toString(d->keywordId)) + " " + std::to_string(d->type) + " " +
-           std::to_string(d->size) + " " + (d->print ? "P" : "") + (d->draw ? "D" : "") + (d->key ? "K" : "") +
-           (d->trackWidth ? "W" : "") + (d->sort ? "S" : "") + " " + getSortType(d->sortType) + " " +
-           strings::GS.toString(d->qualifierNameId) + "=" + strings::GS.toString(d->qualifierValueId);
-  };
-  EXPECT_EQ(property("drives", 7), "blocks " + std::to_string(COLTYPE_U64) + " 20 D string blocksize=512");
-  EXPECT_EQ(property("storage-pools", 0), "name " + std::to_string(COLTYPE_STRING) + " 20 PDKWS string none=none");
-  EXPECT_EQ(table("sas-status-controller-a")->getPropertyDef(0),
-            table("sas-status-drawer")->getPropertyDef(0)) << "tables sharing an array share its properties";
-  TableMetaData *events = table("events"), *cli = table("cli-parameters");
-  EXPECT_EQ(events->getPropertyDef(5)->decoder, &decodeControllerIndex);
-  EXPECT_EQ(events->getPropertyDef(6)->decoder, &decodeEventSeverity);
-  EXPECT_EQ(cli->getPropertyDef(2)->decoder, &services::user::Preferences::decodeOutputType);
-  EXPECT_EQ(cli->getPropertyDef(11)->decoder, &services::user::User::decodeExperience);
-  EXPECT_EQ(cli->getPropertyDef(6)->decoder, &decodeLocaleCode);
-}
-
-// A basetype with a table index keeps its slot; one without gets an
-// overflow slot of its own (logged), and a later registration of it
-// replaces the same slot.
-TEST_F(Registry, LastRegistrationWins) {
-  static PropertyMetaData first[1] = {{tGSname, 10, COLTYPE_STRING, tGSnone, tGSnone, true,
-                                       true, false, false, false, SORT_STRING, nullptr}};
-  static PropertyMetaData second[2] = {first[0], first[0]};
-  LogCapture log;
-  int free = TableMetaDataManager::kIndexedSlots;
-  while (registry()->getSlot(free))
-    ++free;
-  for (GS_TokenValues token : {tGSspares, tGSinitiators}) {
-    registry()->addTable(token, first, 1, true, pGSnone, pGSnone, pGSnone);
-    TableMetaData *replaced = registry()->getTable(token);
-    registry()->addTable(token, second, 2, false, pGSname, pGSnone, pGSnone);
-    delete replaced;
-    ASSERT_NE(registry()->getTable(token), nullptr);
-    EXPECT_EQ(registry()->getTable(token)->getNumColumns(), 2);
+    ASSERT_NE(t, nullptr) << basetype;
+    EXPECT_EQ(std::to_string(t->getNumColumns()) + " " + t->getPrimaryKey() + " " + t->getParentBasetype() +
+                  " " + t->getParentKeyProp(), expected);
   }
-  EXPECT_EQ(registry()->getSlot(QEL_GetTableID("spares")), table("spares"));
-  EXPECT_EQ(registry()->getSlot(free), registry()->getTable(tGSinitiators));
-  EXPECT_EQ(registry()->getSlot(free + 1), nullptr);
-  const std::string logged = "Possibly missing QEL TABLE entry. BaseTypeLookupTable[" +
-                             std::to_string(tGSinitiators) + "-1] (initiators) = 0";
-  EXPECT_EQ(log.texts(Route::Log), (std::vector<std::string>{logged, logged}));
 }
 
-// A registration the descriptors cannot hold is refused, keeping the slot's
-// table; a fixed-size property whose size would make the copy or the hex
-// formatter read past the cell is clamped. Both are logged.
-TEST_F(Registry, MalformedRegistrationsAreRefusedOrClamped) {
+// A registration replaces the basetype's table; one the descriptors cannot
+// hold is refused, keeping the slot's table; a fixed-size property whose
+// size would make the copy or the hex formatter read past the cell is
+// clamped; a basetype without a table index gets an overflow slot of its
+// own, which a later registration of it replaces. All but the good ones are
+// logged.
+TEST_F(Registry, RegistrationsReplaceRefuseOrClamp) {
   const std::string column = "TableMetaDataManager::addTable: table spares, column serial-number: ";
   const std::string refused = "TableMetaDataManager::addTable: table spares: ";
+  const std::string missing = "Possibly missing QEL TABLE entry. BaseTypeLookupTable[" +
+                              std::to_string(tGSinitiators) + "-1] (initiators) = 0";
   constexpr int kRefused = INT_MIN;
   struct Case {
+    GS_TokenValues token;
     ColumnDataType type;
     int size, numColumns;
     bool withProperties;
     int registeredSize; // kRefused: not registered
-    std::string message;
+    std::string message; // route Error for spares, Log for initiators
   } cases[] = {
-      {COLTYPE_HEX_STRING, -2, 1, true, 0, column + "HEX_STRING size -2 is outside 0..510; 0 is used"},
-      {COLTYPE_HEX_STRING, 600, 1, true, 510, column + "HEX_STRING size 600 is outside 0..510; 510 is used"},
-      {COLTYPE_HEX_STRING, 510, 1, true, 510, ""},
-      {COLTYPE_STRING_N, -5, 1, true, 0, column + "STRING_N size -5 is outside 0..2147483647; 0 is used"},
-      {COLTYPE_STRING, -5, 1, true, -5, ""}, // only a display width
-      {COLTYPE_STRING, 4, -1, true, kRefused, refused + "-1 columns; not registered"},
-      {COLTYPE_STRING, 4, 65536, true, kRefused, refused + "65536 columns; not registered"},
-      {COLTYPE_STRING, 4, 1, false, kRefused, refused + "1 columns without properties; not registered"},
+      {tGSspares, COLTYPE_HEX_STRING, -2, 1, true, 0, column + "HEX_STRING size -2 is outside 0..510; 0 is used"},
+      {tGSspares, COLTYPE_HEX_STRING, 600, 1, true, 510, column + "HEX_STRING size 600 is outside 0..510; 510 is used"},
+      {tGSspares, COLTYPE_HEX_STRING, 510, 1, true, 510, ""},
+      {tGSspares, COLTYPE_STRING_N, -5, 1, true, 0, column + "STRING_N size -5 is outside 0..2147483647; 0 is used"},
+      {tGSspares, COLTYPE_STRING, -5, 2, true, -5, ""}, // only a display width
+      {tGSspares, COLTYPE_STRING, 4, -1, true, kRefused, refused + "-1 columns; not registered"},
+      {tGSspares, COLTYPE_STRING, 4, 65536, true, kRefused, refused + "65536 columns; not registered"},
+      {tGSspares, COLTYPE_STRING, 4, 1, false, kRefused, refused + "1 columns without properties; not registered"},
+      {tGSinitiators, COLTYPE_STRING, 10, 1, true, 10, missing},
+      {tGSinitiators, COLTYPE_STRING, 12, 2, true, 12, missing},
   };
-  static PropertyMetaData properties[std::size(cases)];
+  int free = TableMetaDataManager::kIndexedSlots;
+  while (registry()->getSlot(free))
+    ++free;
+  static PropertyMetaData properties[std::size(cases)][2];
   for (const auto &c : cases) {
     SCOPED_TRACE(c.message);
-    PropertyMetaData &p = properties[&c - cases];
-    p = {tGSserial_2Dnumber, c.size, c.type, tGSnone, tGSnone, true, true, false, false, false,
-         SORT_NONE, nullptr};
+    PropertyMetaData *p = properties[&c - cases];
+    p[0] = p[1] = {tGSserial_2Dnumber, c.size, c.type, tGSnone, tGSnone, true, true, false, false, false,
+                   SORT_NONE, nullptr};
     LogCapture log;
-    TableMetaData *before = table("spares");
-    registry()->addTable(tGSspares, c.withProperties ? &p : nullptr, c.numColumns, true,
-                         pGSnone, pGSnone, pGSnone);
-    TableMetaData *after = table("spares");
-    EXPECT_EQ(log.texts(Route::Error),
+    TableMetaData *before = registry()->getTable(c.token);
+    registry()->addTable(c.token, c.withProperties ? p : nullptr, c.numColumns, true, pGSnone, pGSnone, pGSnone);
+    TableMetaData *after = registry()->getTable(c.token);
+    EXPECT_EQ(log.texts(c.token == tGSspares ? Route::Error : Route::Log),
               c.message.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.message});
     EXPECT_EQ(after == before, c.registeredSize == kRefused) << "refused keeps the slot's table";
     if (after != before) {
       delete before;
-      EXPECT_EQ(after->getPropertyDef(0)->size, c.registeredSize);
+      EXPECT_EQ(std::make_pair(after->getNumColumns(), after->getPropertyDef(0)->size),
+                std::make_pair(c.numColumns, c.registeredSize));
     }
   }
+  EXPECT_EQ(registry()->getSlot(QEL_GetTableID("spares")), table("spares"));
+  EXPECT_EQ(registry()->getSlot(free), table("initiators"));
+  EXPECT_EQ(registry()->getSlot(free + 1), nullptr);
 }
 
 TEST_F(Registry, SetColumnPrint) {
@@ -191,17 +159,12 @@ TEST_F(Registry, SetColumnPrint) {
 // Clients read the numbers: output types keep their order.
 TEST(Decoders, WriteNumbersAndDisplayTexts) {
   using services::user::Preferences;
-  struct Case {
-    EnumDecoder decoder;
-    unsigned value;
-    const char *text;
-  } cases[] = {
+  struct Case { EnumDecoder decoder; unsigned value; const char *text; } cases[] = {
       {Preferences::decodeOutputType, tGSvolumes, "-1"},
       {Preferences::decodeStorageUnit, Preferences::UNITS_GB, "3"},
       {services::scheduler::TaskRepVol::decodeSnapMode, tGSnew_2Dsnapshot, "0"},
-      {decodeHealthStatus, 0, "OK"},       {decodeHealthStatus, 4, "N/A"},
-      {decodeHealthStatus, 5, "Unknown"},  {decodeHealthStatus, 0xffffffffu, "Unknown"},
-      {decodeLocaleCode, LOCALE_DE, "German"}, {decodeProgress, 42, "42%"},
+      {decodeHealthStatus, 4, "N/A"},     {decodeHealthStatus, 5, "Unknown"},
+      {decodeHealthStatus, 0xffffffffu, "Unknown"}, {decodeProgress, 42, "42%"},
       {decodeTemperatureValue, 37, "37 C"},
   };
   for (const auto &c : cases) {

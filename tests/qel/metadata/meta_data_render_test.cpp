@@ -123,10 +123,7 @@ TEST_F(Meta, SelectionOfTables) {
   for (const char *which : {"all", "All", static_cast<const char *>(nullptr)})
     EXPECT_EQ(values(meta(which, Preferences::OUTPUT_JSON), "oid"), slots) << (which ? which : "null");
   EXPECT_EQ(count(meta("all"), "<OBJECT "), static_cast<int>(slots.size()));
-  struct Case {
-    const char *which;
-    std::vector<std::string> basetypes;
-  } cases[] = {
+  struct Case { const char *which; std::vector<std::string> basetypes; } cases[] = {
       {"events,nosuch,volumes", {"events", "volumes"}}, {"events, volumes", {"events"}},
       {"events,,volumes", {"events", "volumes"}},       {"volumes,volumes", {"volumes", "volumes"}},
       {"Events", {}}, {"spares,storage-pools", {"spares", "storage-pools"}}, // an overflow table, by name
