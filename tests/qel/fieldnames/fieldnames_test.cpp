@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -21,14 +20,13 @@ protected:
   }
 };
 
-// The generated dictionary reaches the lookups: every locale, a variant
-// record by table, renamed and derived element names, table indices.
-TEST_F(Dictionary, TextsClientsDependOn) {
-  struct Case {
-    LocaleCode locale;
-    unsigned keyword, table;
-    const char *label, *abbreviation, *description;
-  } cases[] = {
+// The generated dictionary reaches the console lookups: every locale, a
+// variant record by table, derived texts of catalogue keywords without
+// dictionary text (the same in every locale), fallbacks and bounds; switched
+// off, every locale answers English. Only the name lookups log a bad token.
+TEST_F(Dictionary, LookupsFallbacksAndBounds) {
+  struct Case { LocaleCode locale; unsigned keyword, table; const char *label, *abbreviation, *description; }
+  cases[] = {
       {LOCALE_EN, tGSvirtual_2Ddisk_2Dname, 0, "Vdisk Name", "Vdisk", "User-defined name for the vdisk"},
       {LOCALE_ES, tGSvirtual_2Ddisk_2Dname, 0, "Nombre del disco virtual", "Disco virtual",
        "Nombre definido por el usuario para el disco virtual"},
@@ -52,54 +50,45 @@ TEST_F(Dictionary, TextsClientsDependOn) {
       {LOCALE_FR, tGSprimary_2Dip_2Daddress, 0, nullptr, nullptr, nullptr}, // no field
       {static_cast<LocaleCode>(2073), tGStype, 0, "Type", "", ""}, // unknown locales: English
       {static_cast<LocaleCode>(0), tGStype, 0, "Type", "", ""},
+      {LOCALE_KO, tGSallocated_2Dsize, tGSvolumes, "Allocated Size", "", ""},
+      {LOCALE_DE, tGSstorage_2Dpools, 0, "Storage Pools", "", ""},
+      {LOCALE_JP, tGSnone, 0, nullptr, nullptr, nullptr},
+      {LOCALE_EN, 0, 0, nullptr, nullptr, nullptr},    {LOCALE_EN, 7626, 0, nullptr, nullptr, nullptr}, // no keyword
+      {LOCALE_EN, 7627, 0, nullptr, nullptr, nullptr}, {LOCALE_EN, ~0u, 0, nullptr, nullptr, nullptr},
   };
+  LogCapture log;
   for (const Case &c : cases) {
-    SCOPED_TRACE(std::string(strings::GS.toString(c.keyword)) + " in locale " + std::to_string(c.locale));
-    const int table = static_cast<int>(c.table);
-    services::capi::setL10NEnabled(false); // switched off, every locale answers English
-    EXPECT_STREQ(getConsoleLabel(c.keyword, table, c.locale), getConsoleLabel(c.keyword, table, LOCALE_EN));
-    EXPECT_STREQ(getConsoleDescription(c.keyword, table, c.locale), getConsoleDescription(c.keyword, table, LOCALE_EN));
+    SCOPED_TRACE("keyword " + std::to_string(c.keyword) + " in locale " + std::to_string(c.locale));
+    const int keyword = static_cast<int>(c.keyword), table = static_cast<int>(c.table);
+    services::capi::setL10NEnabled(false);
+    EXPECT_STREQ(getConsoleLabel(keyword, table, c.locale), getConsoleLabel(keyword, table, LOCALE_EN));
+    EXPECT_STREQ(getConsoleDescription(keyword, table, c.locale), getConsoleDescription(keyword, table, LOCALE_EN));
     services::capi::setL10NEnabled(true);
-    EXPECT_STREQ(getConsoleLabel(c.keyword, table, c.locale), c.label);
-    EXPECT_STREQ(getConsoleAbbreviation(c.keyword, table, c.locale), c.abbreviation);
-    EXPECT_STREQ(getConsoleDescription(c.keyword, table, c.locale), c.description);
+    EXPECT_STREQ(getConsoleLabel(keyword, table, c.locale), c.label);
+    EXPECT_STREQ(getConsoleName(c.keyword, table, c.locale), c.label);
+    EXPECT_STREQ(getConsoleAbbreviation(keyword, table, c.locale), c.abbreviation);
+    EXPECT_STREQ(getConsoleDescription(keyword, table, c.locale), c.description);
   }
-  EXPECT_STREQ(getXMLName(tGSlun_2Dview), "LUN View");
-  EXPECT_STREQ(getXMLName(tGSvolumes), "volumes");
+  EXPECT_TRUE(log.records.empty()) << "console lookups log nothing";
   EXPECT_EQ(QEL_GetTableID("volumes"), 128);
   for (const char *other : {"serial-number", "pool-hist-statistics", "no-such-table", (const char *)0})
     EXPECT_EQ(QEL_GetTableID(other), 0) << (other ? other : "null");
 }
 
-// Out-of-range tokens and tokens without a keyword answer null; the name
-// lookups log why, the console lookups stay quiet. Keywords without a field
-// still answer their names but no texts; catalogue keywords without
-// dictionary text answer derived names in every locale.
-TEST_F(Dictionary, TokenBoundsAndTokensWithoutField) {
+// The API, JSON and XML element names: renamed and derived elements, and
+// keywords without a field answer their keyword; bad tokens are logged.
+TEST_F(Dictionary, ElementNames) {
   LogCapture log;
-  for (int bad : {0, 7626, 7627, -1}) // 7626 is in range but has no keyword
-    for (const char *text : {getConsoleLabel(bad, 0, LOCALE_EN), getConsoleAbbreviation(bad, 0, LOCALE_EN),
-                             getConsoleName(static_cast<unsigned>(bad), 0, LOCALE_EN),
-                             getConsoleDescription(bad, 0, LOCALE_EN)})
-      EXPECT_EQ(text, nullptr) << bad;
-  EXPECT_EQ(getAPIName(7626), nullptr);
-  EXPECT_TRUE(log.records.empty()) << "console lookups log nothing";
-  EXPECT_TRUE(!getAPIName(0) && !getJSONName(7627) && !getXMLName(0) && !getXMLName(tGSprimary_2Dip_2Daddress));
+  EXPECT_STREQ(getXMLName(tGSlun_2Dview), "LUN View");
+  EXPECT_STREQ(getXMLName(tGSvolumes), "volumes");
+  EXPECT_STREQ(getXMLName(tGSallocated_2Dsize), "allocated-size");
+  EXPECT_STREQ(getXMLName(tGSstorage_2Dpools), "storage-pools");
   for (unsigned token : {unsigned(tGSnone), unsigned(tGSprimary_2Dip_2Daddress)}) {
-    for (unsigned l = LOCALE_EN; l <= LOCALE_KO; ++l)
-      EXPECT_EQ(getConsoleLabel(token, 0, static_cast<LocaleCode>(l)), nullptr);
     EXPECT_STREQ(getAPIName(token), strings::GS.toString(token));
     EXPECT_STREQ(getJSONName(token), strings::GS.toString(token));
   }
-  const std::tuple<unsigned, const char *, const char *> derived[] = {
-      {tGSallocated_2Dsize, "Allocated Size", "allocated-size"}, {tGSstorage_2Dpools, "Storage Pools", "storage-pools"}};
-  for (const auto &[token, label, element] : derived) {
-    for (unsigned l = LOCALE_EN; l <= LOCALE_KO; ++l)
-      EXPECT_STREQ(getConsoleLabel(token, tGSvolumes, static_cast<LocaleCode>(l)), label);
-    EXPECT_STREQ(getConsoleAbbreviation(token, 0, LOCALE_EN), "") << label;
-    EXPECT_STREQ(getConsoleDescription(token, 0, LOCALE_EN), "") << label;
-    EXPECT_STREQ(getXMLName(token), element);
-  }
+  EXPECT_TRUE(!getAPIName(7626) && !getAPIName(0) && !getJSONName(7627) && !getXMLName(0) &&
+              !getXMLName(tGSprimary_2Dip_2Daddress));
   EXPECT_EQ(log.texts(Route::Log),
             (std::vector<std::string>{"getAPIName( 0 ): invalid token", "getJSONName( 7627 ): invalid token",
                                       "getXMLName( 0 ): invalid token",
