@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -35,7 +36,8 @@ const char kPutFile[] = "src/util/ut_PutStream", kPutC[] = "void utility::PutStr
 // terminated, then the rest is dropped (silent truncation) or raises PutC's
 // exception. Writes longer than the formatter's buffer or the run of spaces
 // Indent copies from arrive whole; non-positive counts and null text write
-// nothing.
+// nothing. Without storage (the framework allocator failed) every write is
+// dropped or raises.
 TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
   struct Case { int capacity; void (*write)(BufferStream &); std::string kept; bool overflows; } cases[] = {
       {6, [](BufferStream &s) { for (char c : std::string("0123456789")) s.PutC(c); }, "012345", true},
@@ -50,10 +52,14 @@ TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
       {1000, [](BufferStream &s) { s.Indent(300), s.PutC('x'); }, std::string(300, ' ') + "x", false},
       {10, [](BufferStream &s) { s.PutNChar(-3, '-'), s.PutNChar(0, '-'), s.Indent(-5), s.PutB("abc", -1); }, "", false},
       {10, [](BufferStream &s) { s.PutS(nullptr); }, "", false},
+      {-64, [](BufferStream &s) { s.PutS("text"), s.PutF("%d", 42), s.Indent(3), s.PutC('x'); }, "", true},
   };
   for (const auto &c : cases) {
     SCOPED_TRACE(&c - cases);
-    BufferStream cut(c.capacity);
+    framework::testing::setFailAfter(c.capacity < 0 ? 0 : -1, true); // negative: no storage
+    BufferStream cut(std::abs(c.capacity)), strict(std::abs(c.capacity));
+    framework::testing::setFailAfter(-1);
+    EXPECT_EQ(cut.Capacity(), std::max(c.capacity, 0));
     cut.setSilentTruncation(true);
     c.write(cut);
     EXPECT_EQ(cut.pTail(), c.kept);
@@ -61,7 +67,6 @@ TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
       EXPECT_EQ(std::make_tuple(cut.isOutputStreamAtEnd(), cut.isOutputStreamGood(), cut.WriteRemaining()),
                 std::make_tuple(true, false, 0));
     }
-    BufferStream strict(c.capacity);
     if (c.overflows)
       expectOverflow([&] { c.write(strict); }, kPutFile, 113, kPutC);
     else
@@ -115,22 +120,6 @@ TEST(Debug, CategoryBounds) {
   for (unsigned c : {0u, 8191u})
     utility::Debug::setDebugOn(c, false);
   EXPECT_FALSE(IsDebugOn(0) || IsDebugOn(8191));
-}
-
-// Without storage (the framework allocator failed) every write is dropped
-// or raises.
-TEST(BufferStream, WithoutStorage) {
-  framework::testing::setFailAfter(0);
-  BufferStream s(64);
-  framework::testing::setFailAfter(-1);
-  EXPECT_EQ(s.Capacity(), 0);
-  s.setSilentTruncation(true);
-  s.PutS("text");
-  s.PutF("%d", 42);
-  s.Indent(3);
-  EXPECT_EQ(s.ReadAvailable(), 0);
-  s.setSilentTruncation(false);
-  expectOverflow([&] { s.PutC('x'); }, kPutFile, 113, kPutC);
 }
 
 } // namespace
