@@ -101,8 +101,7 @@ TEST(Buffer, AdvancesClampThenRaise) {
         expectOverflow(advance, "src/util/ut_Buffer", c.head ? 165 : 185, c.head ? write : read);
       else
         advance();
-      EXPECT_EQ(s.WritePosition(), c.writePos);
-      EXPECT_EQ(s.ReadAvailable(), c.writePos - c.readPos);
+      EXPECT_EQ(std::make_pair(s.WritePosition(), s.ReadAvailable()), std::make_pair(c.writePos, c.writePos - c.readPos));
       // Still usable: text after it stays inside the storage.
       s.setSilentTruncation(true);
       s.PutF("%s%s", "wxyz", "wxyz");

@@ -1,6 +1,6 @@
 // The field-name dictionary: lookups, their fallbacks and bounds, the switch
 // that turns localization off, and texts clients are known to depend on.
-#include "support/log_capture.h"
+#include "support/library.h"
 
 #include <gtest/gtest.h>
 
@@ -12,19 +12,13 @@ namespace {
 using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
 
-class Dictionary : public testing::Test {
-protected:
-  static void SetUpTestSuite() {
-    init_FieldNames();
-    init_LocaleFieldNames();
-  }
-};
 
 // The generated dictionary reaches the console lookups: every locale, a
 // variant record by table, derived texts of catalogue keywords without
 // dictionary text (the same in every locale), fallbacks and bounds; switched
 // off, every locale answers English. Only the name lookups log a bad token.
-TEST_F(Dictionary, LookupsFallbacksAndBounds) {
+TEST(Dictionary, LookupsFallbacksAndBounds) {
+  qeltest::startLibrary(); // builds the dictionary
   struct Case { LocaleCode locale; unsigned keyword, table; const char *label, *abbreviation, *description; }
   cases[] = {
       {LOCALE_EN, tGSvirtual_2Ddisk_2Dname, 0, "Vdisk Name", "Vdisk", "User-defined name for the vdisk"},
@@ -77,7 +71,8 @@ TEST_F(Dictionary, LookupsFallbacksAndBounds) {
 
 // The API, JSON and XML element names: renamed and derived elements, and
 // keywords without a field answer their keyword; bad tokens are logged.
-TEST_F(Dictionary, ElementNames) {
+TEST(Dictionary, ElementNames) {
+  qeltest::startLibrary(); // builds the dictionary
   LogCapture log;
   EXPECT_STREQ(getXMLName(tGSlun_2Dview), "LUN View");
   EXPECT_STREQ(getXMLName(tGSvolumes), "volumes");

@@ -18,21 +18,21 @@ using Route = qeltest::LogCapture::Route;
 class Registry : public testing::Test {
 protected:
   TableMetaDataManager *registry() const { return scope_.registry(); }
-  TableMetaData *table(const char *basetype) const {
-    return registry()->getTable(strings::GS.toToken(basetype));
-  }
+  TableMetaData *table(const char *basetype) const { return registry()->getTable(strings::GS.toToken(basetype)); }
   qeltest::ScopedRegistry scope_;
 };
 
+// The type and sort names the metadata documents write; past the last
+// type (19) and sort (6) there is a fallback.
 TEST(TypeNames, DataTypesAndSortTypes) {
-  std::string types, sorts;
-  for (int t = 0; t <= 19; ++t) // 19 is past the last type
-    types += std::string(getDataTypeStr(static_cast<ColumnDataType>(t))) + " ";
+  std::string names;
+  for (int t = 0; t <= 19; ++t)
+    names += std::string(getDataTypeStr(static_cast<ColumnDataType>(t))) + " ";
   for (int s = 0; s <= 6; ++s)
-    sorts += std::string(getSortType(static_cast<SortType>(s))) + " ";
-  EXPECT_EQ(types, "uint8 uint32 uint8 uint32 string object double string uint32 uint64 sint32 "
-                   "string uint16 string string string string string string unknown ");
-  EXPECT_EQ(sorts, "nosort diskslot datetime string integer size nosort ");
+    names += std::string(getSortType(static_cast<SortType>(s))) + " ";
+  EXPECT_EQ(names, "uint8 uint32 uint8 uint32 string object double string uint32 uint64 sint32 string uint16 "
+                   "string string string string string string unknown nosort diskslot datetime string integer "
+                   "size nosort ");
   EXPECT_STREQ(getDataTypeStr(COLTYPE_UNKNOWN), "unknown");
 }
 
@@ -144,28 +144,24 @@ TEST_F(Registry, SetColumnPrint) {
                                       "TableMetaDataManager::SetColumnPrint: No TableMetaDataManager instance!"}));
 }
 
-// Clients read the numbers: output types keep their order.
+// Decoders write the numbers clients read (output types keep their order)
+// and display texts; a value a decoder does not list reads "Unknown" unless
+// the decoder has a fallback format.
 TEST(Decoders, WriteNumbersAndDisplayTexts) {
   using services::user::Preferences;
-  struct Case { EnumDecoder decoder; unsigned value; const char *text; } cases[] = {
-      {Preferences::decodeOutputType, tGSvolumes, "-1"},
-      {Preferences::decodeStorageUnit, Preferences::UNITS_GB, "3"},
-      {services::scheduler::TaskRepVol::decodeSnapMode, tGSnew_2Dsnapshot, "0"},
-      {decodeHealthStatus, 4, "N/A"},     {decodeHealthStatus, 5, "Unknown"},
-      {decodeHealthStatus, 0xffffffffu, "Unknown"}, {decodeProgress, 42, "42%"},
-      {decodeTemperatureValue, 37, "37 C"},
-  };
-  for (const auto &c : cases) {
-    utility::BufferStream out(64);
-    c.decoder(out, c.value);
-    EXPECT_STREQ(out.pTail(), c.text) << c.value;
-  }
-  utility::BufferStream codes(64);
+  utility::BufferStream out(256);
+  auto decode = [&out](EnumDecoder decoder, unsigned value) { decoder(out, value), out.PutC('|'); };
   for (unsigned type : {Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API, Preferences::OUTPUT_API_BRIEF,
                         Preferences::OUTPUT_XML2, Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
-                        Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG})
-    Preferences::decodeOutputType(codes, type);
-  EXPECT_STREQ(codes.pTail(), "01234567");
+                        Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG, Preferences::OutputType(tGSvolumes)})
+    decode(Preferences::decodeOutputType, type);
+  decode(Preferences::decodeStorageUnit, Preferences::UNITS_GB);
+  decode(services::scheduler::TaskRepVol::decodeSnapMode, tGSnew_2Dsnapshot);
+  for (unsigned health : {4u, 5u, 0xffffffffu})
+    decode(decodeHealthStatus, health);
+  decode(decodeProgress, 42);
+  decode(decodeTemperatureValue, 37);
+  EXPECT_STREQ(out.pTail(), "0|1|2|3|4|5|6|7|-1|3|0|N/A|Unknown|Unknown|42%|37 C|");
 }
 
 } // namespace
