@@ -5,6 +5,7 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -49,23 +50,23 @@ TEST(Logger, RecordsSinksAndTheDefaultSink) {
   EXPECT_EQ(err, "qel error[0]: visible\nqel log[0] fn:12: pDesc is NULL\n");
 }
 
-// The fault injection the allocation-failure sweeps rely on.
+// The fault injection the allocation-failure sweeps rely on: the n-th
+// allocation fails alone or with all after it.
 TEST(Memory, FaultInjection) {
-  const std::tuple<long, bool, const char *> cases[] = { // + ok, - failed
-      {0, false, "-++++"}, {2, false, "++-++"}, {0, true, "-----"}, {2, true, "++---"}, {-1, false, "+++++"}};
-  for (const auto &[n, persistent, expected] : cases) {
-    const long live = Memory::liveAllocations();
+  const long live = Memory::liveAllocations();
+  std::string got;
+  for (const auto &[n, persistent] : {std::pair<long, bool>{0, false}, {2, false}, {2, true}, {-1, false}}) {
     framework::testing::setFailAfter(n, persistent);
-    std::string got;
     void *blocks[5];
     for (auto &b : blocks)
       got += (b = Memory::StaticAlloc(16)) ? '+' : '-';
     framework::testing::setFailAfter(-1);
-    EXPECT_EQ(got, expected);
     for (auto &b : blocks)
       Memory::StaticFree(b);
-    EXPECT_EQ(Memory::liveAllocations(), live) << expected;
+    got += ' ';
   }
+  EXPECT_EQ(got, "-++++ ++-++ ++--- +++++ ");
+  EXPECT_EQ(Memory::liveAllocations(), live);
 }
 
 } // namespace

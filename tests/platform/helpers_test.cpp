@@ -17,19 +17,16 @@ TEST(GetSizeString, UnitsBasesAndPrecision) {
   const auto A = Preferences::UNITS_AUTO;
   struct Case { std::uint64_t bytes; Preferences::StorageUnit units; int precision, base; const char *number, *unit; }
   cases[] = {
-      {999, A, 2, 10, "999.00", "B"},      {1000, A, 2, 10, "1.00", "KB"},
-      {1023, A, 2, 2, "1023.00", "B"},     {1024, A, 2, 2, "1.00", "KiB"},
-      {1048576, A, 0, 10, "1", "MB"},      {999999999999ull, A, 1, 10, "1000.0", "GB"},
-      {5000000000000000000ull, A, 3, 10, "5000.000", "PB"},
-      {1048576, Preferences::UNITS_TB, 2, 10, "0.00", "TB"},
+      {999, A, 2, 10, "999.00", "B"}, {1000, A, 2, 10, "1.00", "KB"}, {1023, A, 2, 2, "1023.00", "B"},
+      {1024, A, 2, 2, "1.00", "KiB"}, {1048576, A, 0, 10, "1", "MB"}, {999999999999ull, A, 1, 10, "1000.0", "GB"},
+      {5000000000000000000ull, A, 3, 10, "5000.000", "PB"}, {1048576, Preferences::UNITS_TB, 2, 10, "0.00", "TB"},
       {1099511627776ull, Preferences::UNITS_GB, 2, 2, "1024.00", "GiB"},
       {1048576, Preferences::UNITS_MB, 2, 16, "1.05", "MB"}, // other bases: 10
   };
   for (const auto &c : cases) {
     char number[20], unit[8];
     getSizeString(c.bytes, c.units, static_cast<std::uint8_t>(c.precision), c.base, number, unit);
-    EXPECT_EQ(std::string(number) + " " + unit, std::string(c.number) + " " + c.unit)
-        << c.bytes << " base " << c.base;
+    EXPECT_EQ(std::string(number) + " " + unit, std::string(c.number) + " " + c.unit) << c.bytes << " base " << c.base;
   }
   // The widest case: the largest count in the smallest forced unit with the
   // most decimals. Bytes past the 20th stay untouched.
@@ -66,15 +63,13 @@ TEST(Locale, NotAvailableAndDecimalPointFollowTheThreadLocale) {
 TEST(BoundedOperations, NeverOverrunAndReportOverflow) {
   qeltest::LogCapture log;
   char buf[8];
-  std::memset(buf, '#', sizeof buf);
-  EXPECT_EQ(snprintfAssert(buf, 4, "%s", "abcdef"), 3);
+  auto fresh = [&buf] { return static_cast<char *>(std::memset(buf, '#', sizeof buf)); };
+  EXPECT_EQ(snprintfAssert(fresh(), 4, "%s", "abcdef"), 3);
   EXPECT_EQ(std::string(buf, 5), std::string("abc\0#", 5));
-  std::memset(buf, '#', sizeof buf);
-  EXPECT_EQ(std::string(strcpyAssert(buf, "0123456789", 5), 6), std::string("0123\0#", 6));
+  EXPECT_EQ(std::string(strcpyAssert(fresh(), "0123456789", 5), 6), std::string("0123\0#", 6));
   EXPECT_STREQ(strcpyAssert(buf, nullptr, 5), "");
   EXPECT_STREQ(strcpyAssert(buf, "abcd", 5), "abcd"); // exactly fits
-  std::memset(buf, '#', sizeof buf);
-  memsetAssert(buf, 0, 100, 4);
+  memsetAssert(fresh(), 0, 100, 4);
   memsetAssert(buf, 'x', 2, 4);
   EXPECT_EQ(std::string(buf, 5), std::string("xx\0\0#", 5));
 

@@ -80,8 +80,6 @@ TEST(BufferStream, WritesUpToTheEndBehaveLikePutC) {
 // that catches the exception goes on with a valid stream. Positions start at
 // read 2, write 6 of 8.
 TEST(Buffer, AdvancesClampThenRaise) {
-  const char *write = "virtual void utility::Buffer::WriteAdvance(int)";
-  const char *read = "virtual void utility::Buffer::ReadAdvance(int)";
   struct Case { bool head; int n, readPos, writePos; bool raises; } cases[] = { // head: WriteAdvance, else ReadAdvance
       {true, 2, 2, 8, false},   {true, 3, 2, 8, true},   {true, INT_MAX, 2, 8, true},
       {true, -1, 2, 5, true},   {true, -100, 2, 2, true}, {true, INT_MIN, 2, 2, true},
@@ -90,18 +88,20 @@ TEST(Buffer, AdvancesClampThenRaise) {
   };
   for (const auto &c : cases) {
     for (bool silent : {true, false}) {
-      SCOPED_TRACE(testing::Message() << (c.head ? "write " : "read ") << c.n
-                                      << (silent ? " silent" : " strict"));
+      SCOPED_TRACE(testing::Message() << (c.head ? "write " : "read ") << c.n << (silent ? " silent" : " strict"));
       BufferStream s(8);
       s.PutS("abcdef");
       s.ReadAdvance(2);
       s.setSilentTruncation(silent);
       auto advance = [&] { c.head ? s.WriteAdvance(c.n) : s.ReadAdvance(c.n); };
       if (c.raises && !silent)
-        expectOverflow(advance, "src/util/ut_Buffer", c.head ? 165 : 185, c.head ? write : read);
+        expectOverflow(advance, "src/util/ut_Buffer", c.head ? 165 : 185,
+                       c.head ? "virtual void utility::Buffer::WriteAdvance(int)"
+                              : "virtual void utility::Buffer::ReadAdvance(int)");
       else
         advance();
-      EXPECT_EQ(std::make_pair(s.WritePosition(), s.ReadAvailable()), std::make_pair(c.writePos, c.writePos - c.readPos));
+      EXPECT_EQ(std::make_pair(s.WritePosition(), s.ReadAvailable()),
+                std::make_pair(c.writePos, c.writePos - c.readPos));
       // Still usable: text after it stays inside the storage.
       s.setSilentTruncation(true);
       s.PutF("%s%s", "wxyz", "wxyz");

@@ -56,7 +56,6 @@ TEST(Dictionary, LookupsFallbacksAndBounds) {
     const int keyword = static_cast<int>(c.keyword), table = static_cast<int>(c.table);
     services::capi::setL10NEnabled(false);
     EXPECT_STREQ(getConsoleLabel(keyword, table, c.locale), getConsoleLabel(keyword, table, LOCALE_EN));
-    EXPECT_STREQ(getConsoleDescription(keyword, table, c.locale), getConsoleDescription(keyword, table, LOCALE_EN));
     services::capi::setL10NEnabled(true);
     EXPECT_STREQ(getConsoleLabel(keyword, table, c.locale), c.label);
     EXPECT_STREQ(getConsoleName(c.keyword, table, c.locale), c.label);

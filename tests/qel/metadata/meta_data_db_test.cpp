@@ -22,20 +22,6 @@ protected:
   qeltest::ScopedRegistry scope_;
 };
 
-// The type and sort names the metadata documents write; past the last
-// type (19) and sort (6) there is a fallback.
-TEST(TypeNames, DataTypesAndSortTypes) {
-  std::string names;
-  for (int t = 0; t <= 19; ++t)
-    names += std::string(getDataTypeStr(static_cast<ColumnDataType>(t))) + " ";
-  for (int s = 0; s <= 6; ++s)
-    names += std::string(getSortType(static_cast<SortType>(s))) + " ";
-  EXPECT_EQ(names, "uint8 uint32 uint8 uint32 string object double string uint32 uint64 sint32 string uint16 "
-                   "string string string string string string unknown nosort diskslot datetime string integer "
-                   "size nosort ");
-  EXPECT_STREQ(getDataTypeStr(COLTYPE_UNKNOWN), "unknown");
-}
-
 // Start-up registers the generated catalogue without a log line, keys
 // included; storage-pools has no table index and lives in an overflow slot.
 // The goldens pin the properties, qualifiers and decoders of the catalogue.
@@ -144,10 +130,19 @@ TEST_F(Registry, SetColumnPrint) {
                                       "TableMetaDataManager::SetColumnPrint: No TableMetaDataManager instance!"}));
 }
 
-// Decoders write the numbers clients read (output types keep their order)
-// and display texts; a value a decoder does not list reads "Unknown" unless
-// the decoder has a fallback format.
-TEST(Decoders, WriteNumbersAndDisplayTexts) {
+// The type and sort names the metadata documents write, with a fallback
+// past the last type (19) and sort (6). Decoders write the numbers clients
+// read (output types keep their order) and display texts; a value a decoder
+// does not list reads "Unknown" unless the decoder has a fallback format.
+TEST(Names, TypesSortsAndDecoders) {
+  std::string names;
+  for (int t = 0; t <= 19; ++t)
+    names += std::string(getDataTypeStr(static_cast<ColumnDataType>(t))) + " ";
+  for (int s = 0; s <= 6; ++s)
+    names += std::string(getSortType(static_cast<SortType>(s))) + " ";
+  EXPECT_EQ(names, "uint8 uint32 uint8 uint32 string object double string uint32 uint64 sint32 string uint16 "
+                   "string string string string string string unknown nosort diskslot datetime string integer "
+                   "size nosort ");
   using services::user::Preferences;
   utility::BufferStream out(256);
   auto decode = [&out](EnumDecoder decoder, unsigned value) { decoder(out, value), out.PutC('|'); };

@@ -1,11 +1,12 @@
-// Metadata documents: the JSON and tag forms, empty and unknown tables and
-// the table selection. Concurrent documents in their sessions' locales are
-// checked by the concurrency tests.
+// Metadata documents: the JSON and tag forms, empty and unknown tables, the
+// table selection and the requesting session's locale.
 #include "support/fixture_tables.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -120,6 +121,25 @@ TEST_F(Meta, SelectionOfTables) {
     numbered.resize(c.basetypes.size());
     EXPECT_EQ(values(json, "oid:\""), numbered) << c.which << ": numbered in order";
   }
+}
+
+// The labels follow the requesting session's locale even while other threads
+// keep setting the registry's shared locale to English.
+TEST_F(Meta, LabelsInTheSessionsLocaleWhileOthersUseEnglish) {
+  session_.getPreferences().setLocale(LOCALE_DE);
+  const std::string alone = meta("all");
+  ASSERT_PRED_FORMAT2(testing::IsSubstring, ">Name des virtuellen Datenträgers</PROPERTY>", alone);
+  std::atomic<bool> stop{false};
+  std::thread other([&] {
+    while (!stop.load())
+      TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);
+  });
+  int same = 0;
+  for (int i = 0; i < 20; ++i)
+    same += meta("all") == alone;
+  stop.store(true);
+  other.join();
+  EXPECT_EQ(same, 20);
 }
 
 } // namespace
