@@ -64,11 +64,7 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
   QEL_FillColumnU32(&s, nested, 1, 1, 9);
   QEL_FillColumnQEL(&s, top, 1, 1, nested);
   QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
-  QEL_FillColumnString(&s, types, 4, 0, "name");
-  QEL_FillColumnEnum(&s, types, 7, 0, 1);
-  QEL_FillColumnBlocks(&s, types, 14, 0, "2048");
-  QEL_FillColumnDateTime(&s, types, 15, 0, 1700000000u);
-  QEL_FillColumnEnumToken(&s, types, 17, 0, Preferences::OUTPUT_API);
+  qeltest::fillEveryType(s, types, 0);
   QEL_link(top, types);
   QEL_Print_Data(top, &s, out, true, true, "show");
   QEL_Free(top);
@@ -78,16 +74,15 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
 
 TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
   qeltest::FixtureTables tables;
-  const Preferences::OutputType types[] = {
-      Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
-      Preferences::OUTPUT_XML2,    Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
-      Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG};
   const LocaleCode locales[] = {LOCALE_EN, LOCALE_DE, LOCALE_JP, LOCALE_FR,
                                 LOCALE_ZH_CHT, LOCALE_KO, LOCALE_ES, LOCALE_NL};
-  // Each thread's document, printed alone first.
-  std::string expected[kThreads];
+  // Thread t prints in locale t and every output type in turn; each
+  // document is printed alone first.
+  constexpr int kTypes = sizeof qeltest::outputTypes / sizeof qeltest::outputTypes[0];
+  std::string expected[kThreads][kTypes];
   for (int t = 0; t < kThreads; ++t)
-    expected[t] = printJob(types[t], locales[t]);
+    for (int k = 0; k < kTypes; ++k)
+      expected[t][k] = printJob(qeltest::outputTypes[k], locales[t]);
   std::atomic<bool> done{false};
   // The print and draw defaults of a column every thread creates, set to
   // what they are while the threads read them.
@@ -98,8 +93,9 @@ TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
   });
   int mismatches[kThreads] = {};
   race([&](int t) {
-    for (int i = 0; i < 25; ++i)
-      mismatches[t] += printJob(types[t], locales[t]) != expected[t];
+    for (int i = 0; i < 26; ++i)
+      mismatches[t] += printJob(qeltest::outputTypes[(t + i) % kTypes], locales[t]) !=
+                       expected[t][(t + i) % kTypes];
   });
   done.store(true);
   defaults.join();

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,33 @@ inline PropertyMetaData typeTable[19] = {
      &services::user::Preferences::decodeOutputType},
     {tGSdata_2Dread, 10, COLTYPE_BLOCKS2BYTES, tGSnone, tGSnone, true, true, false, true, false, SORT_STRING, nullptr},
 };
+
+/// One value of each type (no nested table) into \p row of a `spares`
+/// descriptor, the texts with characters that need escaping.
+inline void fillEveryType(services::user::Session &s, QEL_DESC *d, int row) {
+  static const std::uint8_t bytes[8] = {0x50, 0x0c, 0x00, 0xff, 0x01, 0x00, 0x00, 0x7f};
+  static const void *const texts[19] = {nullptr, nullptr, nullptr, nullptr, "a\"b<c>", nullptr,
+                                        nullptr, nullptr, nullptr, "18446744073709551615", nullptr,
+                                        bytes, nullptr, "SEAGATE_", "2048", nullptr, nullptr,
+                                        nullptr, "4096"};
+  static const std::uint32_t numbers[19] = {0xab, 0xdeadbeef, 7, 123456, 0, 0, 2, 1, 3, 0,
+                                            0xfffffffbu, 0, 65535, 0, 0, 1700000000u, 3661,
+                                            services::user::Preferences::OUTPUT_JSON, 0};
+  for (int c = 0; c < 19; ++c)
+    if (texts[c])
+      QEL_FillColumn(&s, d, c, row, texts[c]);
+    else if (c != 5)
+      QEL_FillColumn(&s, d, c, row, numbers[c]);
+}
+
+/// Every output type.
+using Preferences = services::user::Preferences;
+inline const Preferences::OutputType outputTypes[] = {
+    Preferences::OUTPUT_CONSOLE,  Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
+    Preferences::OUTPUT_XML2,     Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
+    Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG,       Preferences::OUTPUT_JSON_STD,
+    Preferences::OUTPUT_NDJSON,   Preferences::OUTPUT_CSV,       Preferences::OUTPUT_TSV,
+    Preferences::OUTPUT_HTML};
 
 // Small tables for layout tests; their labels are the dictionary's.
 #define QEL_FIXTURE_COLUMN(keyword, size, type, track)                                   \
