@@ -44,6 +44,13 @@ public:
         out.push_back(r.text);
     return out;
   }
+  /// Every record as its route's initial (L, E, D, A), a space and its text.
+  std::vector<std::string> all() const {
+    std::vector<std::string> out;
+    for (const auto &r : records)
+      out.push_back("LEDA"[static_cast<int>(r.route)] + (" " + r.text));
+    return out;
+  }
   void clear() { records.clear(); }
 
   std::vector<Record> records;
