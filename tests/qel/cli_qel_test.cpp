@@ -19,8 +19,8 @@ protected:
   // An owned descriptor, its column \p c filled with \p texts.
   QEL_DESC *withTexts(GS_TokenValues table, int c, std::vector<const char *> texts) {
     QEL_DESC *d = own(QEL_Create(&session_, table, tGSnone, static_cast<int>(texts.size()), 0));
-    for (std::size_t r = 0; r < texts.size(); ++r)
-      QEL_FillColumnString(&session_, d, c, static_cast<int>(r), texts[r]);
+    for (int r = 0; r < d->maxRows; ++r)
+      QEL_FillColumnString(&session_, d, c, r, texts[static_cast<std::size_t>(r)]);
     return d;
   }
 };
@@ -45,8 +45,7 @@ TEST_F(Descriptor, FailuresAndNullArguments) {
   EXPECT_EQ(log.texts(Route::Log),
             (std::vector<std::string>{"QEL_Create: Could not find table serial-number"}));
   std::vector<std::string> debug(4, "QEL_Create:: could not allocate the memory\n");
-  debug.push_back("QEL_link:: pDesc is NULL! DIE! \n");
-  debug.push_back("QEL_Free:: NULL Pointer \n");
+  debug.insert(debug.end(), {"QEL_link:: pDesc is NULL! DIE! \n", "QEL_Free:: NULL Pointer \n"});
   EXPECT_EQ(log.texts(Route::Debug), debug);
 }
 
@@ -132,28 +131,23 @@ std::vector<int> insertionSort(QEL_DESC *d, int c, SortType sortType) {
 // unfilled cells (which compare equal to everything).
 TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
   std::mt19937 rng(20261123);
-  struct Target {
-    GS_TokenValues table;
-    int column;
-    SortType sortType;
-  } targets[] = {{tGSvolumes, 3, SORT_STRING},
-                 {tGSdrives, 4, SORT_DISKSLOT},
-                 {tGSenclosure_2Dlist, 1, SORT_INTEGER}};
+  const std::tuple<GS_TokenValues, int, SortType> targets[] = {
+      {tGSvolumes, 3, SORT_STRING}, {tGSdrives, 4, SORT_DISKSLOT}, {tGSenclosure_2Dlist, 1, SORT_INTEGER}};
   const char *pool[] = {"1.2", "1.10", "0.3", "2", "a", "A", "", "1.2x", "10.0", "b.1"};
   for (int round = 0; round < 300; ++round) {
-    const Target &t = targets[round % 3];
+    const auto [table, column, sortType] = targets[round % 3];
     const int rows = 1 + static_cast<int>(rng() % 40);
-    QEL_DESC *d = QEL_Create(&session_, t.table, tGSnone, rows, 0);
+    QEL_DESC *d = QEL_Create(&session_, table, tGSnone, rows, 0);
     for (int r = 0; r < rows; ++r) {
       if (round % 2 == 0 && rng() % 4 == 0)
         continue; // an unfilled cell: null text, or 0
-      if (t.sortType == SORT_INTEGER)
-        QEL_FillColumnU32(&session_, d, t.column, r, rng() % 6 + (rng() % 2 ? 0x80000000u : 0));
+      if (sortType == SORT_INTEGER)
+        QEL_FillColumnU32(&session_, d, column, r, rng() % 6 + (rng() % 2 ? 0x80000000u : 0));
       else
-        QEL_FillColumnString(&session_, d, t.column, r, pool[rng() % 10]);
+        QEL_FillColumnString(&session_, d, column, r, pool[rng() % 10]);
     }
     d->numRows = rows;
-    ASSERT_EQ(sorted(d), insertionSort(d, t.column, t.sortType)) << "round " << round;
+    ASSERT_EQ(sorted(d), insertionSort(d, column, sortType)) << "round " << round;
     QEL_Free(d);
   }
 }
@@ -162,11 +156,9 @@ TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
 // rest; rows sorted by a column keep that order in the print; descending
 // keeps ties in their order.
 TEST_F(Descriptor, SelectColumnsAndSortRows) {
-  QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone, 4, 0));
-  const char *names[] = {"delta", "alpha", "charlie", "bravo"};
+  QEL_DESC *d = withTexts(tGSmanaged_2Dlogs, 0, {"delta", "alpha", "charlie", "bravo"});
   const unsigned slots[] = {2, 9, 2, 5};
   for (int r = 0; r < 4; ++r) {
-    QEL_FillColumnString(&session_, d, 0, r, names[r]);
     QEL_FillColumnU32(&session_, d, 2, r, slots[r]);
     QEL_FillColumnQEL(&session_, d, 1, r, QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0));
   }
@@ -174,21 +166,15 @@ TEST_F(Descriptor, SelectColumnsAndSortRows) {
   QEL_SelectColumns(d, chosen, 2);
   ASSERT_EQ(std::make_tuple(d->numColumns, d->pColumns[0].keywordId, d->pColumns[1].keywordId),
             std::make_tuple(2, tGSslot, tGSname));
-  struct {
-    GS_TokenValues column;
-    bool descending;
-    std::string rows;
-  } cases[] = {{tGSname, false, "9 alpha,5 bravo,2 charlie,2 delta,"},
-               {tGSslot, false, "2 charlie,2 delta,5 bravo,9 alpha,"},
-               {tGSname, true, "2 delta,2 charlie,5 bravo,9 alpha,"},
-               {tGSslot, true, "9 alpha,5 bravo,2 delta,2 charlie,"}};
-  for (const auto &c : cases) {
-    QEL_SortRows(d, c.column, c.descending);
+  const std::tuple<GS_TokenValues, bool, std::string> cases[] = {
+      {tGSname, false, "9 alpha,5 bravo,2 charlie,2 delta,"}, {tGSslot, false, "2 charlie,2 delta,5 bravo,9 alpha,"},
+      {tGSname, true, "2 delta,2 charlie,5 bravo,9 alpha,"}, {tGSslot, true, "9 alpha,5 bravo,2 delta,2 charlie,"}};
+  for (const auto &[column, descending, expected] : cases) {
+    QEL_SortRows(d, column, descending);
     std::string rows;
     for (int r : sorted(d))
-      rows += std::to_string(d->cells[r * d->maxColumns]) + " " +
-              reinterpret_cast<const char *>(d->cells[r * d->maxColumns + 1]) + ",";
-    EXPECT_EQ(rows, c.rows) << strings::GS.toString(c.column) << (c.descending ? " down" : " up");
+      rows += std::to_string(d->cells[r * 3]) + " " + reinterpret_cast<const char *>(d->cells[r * 3 + 1]) + ",";
+    EXPECT_EQ(rows, expected) << strings::GS.toString(column) << (descending ? " down" : " up");
   }
   LogCapture log;
   const GS_TokenValues unknown[] = {tGSvendor};

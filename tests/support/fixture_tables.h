@@ -38,26 +38,22 @@ inline PropertyMetaData typeTable[19] = {
     {tGSdata_2Dread, 10, COLTYPE_BLOCKS2BYTES, tGSnone, tGSnone, true, true, false, true, false, SORT_STRING, nullptr},
 };
 
+using Preferences = services::user::Preferences;
+
 /// One value of each type (no nested table) into \p row of a `spares`
 /// descriptor, the texts with characters that need escaping.
 inline void fillEveryType(services::user::Session &s, QEL_DESC *d, int row) {
   static const std::uint8_t bytes[8] = {0x50, 0x0c, 0x00, 0xff, 0x01, 0x00, 0x00, 0x7f};
-  static const void *const texts[19] = {nullptr, nullptr, nullptr, nullptr, "a\"b<c>", nullptr,
-                                        nullptr, nullptr, nullptr, "18446744073709551615", nullptr,
-                                        bytes, nullptr, "SEAGATE_", "2048", nullptr, nullptr,
-                                        nullptr, "4096"};
-  static const std::uint32_t numbers[19] = {0xab, 0xdeadbeef, 7, 123456, 0, 0, 2, 1, 3, 0,
-                                            0xfffffffbu, 0, 65535, 0, 0, 1700000000u, 3661,
-                                            services::user::Preferences::OUTPUT_JSON, 0};
+  const void *texts[19] = {};
+  texts[4] = "a\"b<c>", texts[9] = "18446744073709551615", texts[11] = bytes;
+  texts[13] = "SEAGATE_", texts[14] = "2048", texts[18] = "4096";
+  const std::uint32_t numbers[19] = {0xab, 0xdeadbeef, 7, 123456, 0, 0, 2, 1, 3, 0, 0xfffffffbu, 0,
+                                     65535, 0, 0, 1700000000u, 3661, Preferences::OUTPUT_JSON, 0};
   for (int c = 0; c < 19; ++c)
-    if (texts[c])
-      QEL_FillColumn(&s, d, c, row, texts[c]);
-    else if (c != 5)
-      QEL_FillColumn(&s, d, c, row, numbers[c]);
+    texts[c] ? QEL_FillColumn(&s, d, c, row, texts[c]) : QEL_FillColumn(&s, d, c, row, numbers[c]);
 }
 
 /// Every output type.
-using Preferences = services::user::Preferences;
 inline const Preferences::OutputType outputTypes[] = {
     Preferences::OUTPUT_CONSOLE,  Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
     Preferences::OUTPUT_XML2,     Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
@@ -66,32 +62,27 @@ inline const Preferences::OutputType outputTypes[] = {
     Preferences::OUTPUT_HTML};
 
 // Small tables for layout tests; their labels are the dictionary's.
-#define QEL_FIXTURE_COLUMN(keyword, size, type, track)                                   \
-  {keyword, size, type, tGSnone, tGSnone, true, true, false, track, false, SORT_STRING, nullptr}
+#define QEL_FIXTURE_COLUMN(keyword, size, type, track, sort)                             \
+  {keyword, size, type, tGSnone, tGSnone, true, true, false, track, false, sort, nullptr}
+#define QEL_TEXT(keyword, size) QEL_FIXTURE_COLUMN(keyword, size, COLTYPE_STRING, false, SORT_STRING)
+#define QEL_SLOT QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false, SORT_STRING)
 
 /// `snmp-users`: Name (STRING 10), Slot (U32 6).
-inline PropertyMetaData twoColumns[2] = {QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
-                                         QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
+inline PropertyMetaData twoColumns[2] = {QEL_TEXT(tGSname, 10), QEL_SLOT};
 /// `snap-shot-parameters`: Name, Vendor, Model (STRING 8 each).
-inline PropertyMetaData threeColumns[3] = {QEL_FIXTURE_COLUMN(tGSname, 8, COLTYPE_STRING, false),
-                                           QEL_FIXTURE_COLUMN(tGSvendor, 8, COLTYPE_STRING, false),
-                                           QEL_FIXTURE_COLUMN(tGSmodel, 8, COLTYPE_STRING, false)};
+inline PropertyMetaData threeColumns[3] = {QEL_TEXT(tGSname, 8), QEL_TEXT(tGSvendor, 8), QEL_TEXT(tGSmodel, 8)};
 /// `managed-logs`: Name (STRING 10), Unhealthy Component (QEL), Slot (U32 6).
 inline PropertyMetaData nestTable[3] = {
-    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
-    QEL_FIXTURE_COLUMN(tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, false),
-    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
+    QEL_TEXT(tGSname, 10), QEL_FIXTURE_COLUMN(tGSunhealthy_2Dcomponent, 1, COLTYPE_QEL, false, SORT_STRING), QEL_SLOT};
 /// `copy-volume-status`: Timestamp (STRING 25, tracked), Description
 /// (STRING 3), Slot (U32 6).
 inline PropertyMetaData trackTable[3] = {
-    QEL_FIXTURE_COLUMN(tGStime_2Dstamp, 25, COLTYPE_STRING, true),
-    QEL_FIXTURE_COLUMN(tGSdescription, 3, COLTYPE_STRING, false),
-    QEL_FIXTURE_COLUMN(tGSslot, 6, COLTYPE_U32, false)};
+    QEL_FIXTURE_COLUMN(tGStime_2Dstamp, 25, COLTYPE_STRING, true, SORT_STRING), QEL_TEXT(tGSdescription, 3), QEL_SLOT};
 /// `host-group-view-mappings`: Name (STRING 10), Size (BLOCKS 10).
-inline PropertyMetaData blocksTable[2] = {
-    QEL_FIXTURE_COLUMN(tGSname, 10, COLTYPE_STRING, false),
-    {tGSsize, 10, COLTYPE_BLOCKS, tGSnone, tGSnone, true, true, false, false, false, SORT_SIZE,
-     nullptr}};
+inline PropertyMetaData blocksTable[2] = {QEL_TEXT(tGSname, 10),
+                                          QEL_FIXTURE_COLUMN(tGSsize, 10, COLTYPE_BLOCKS, false, SORT_SIZE)};
+#undef QEL_SLOT
+#undef QEL_TEXT
 #undef QEL_FIXTURE_COLUMN
 
 /// The fixture tables, registered for the lifetime of the object.

@@ -38,7 +38,9 @@ namespace qeltest {
 /// registered itself deletes the replaced one.
 class ScopedRegistry {
 public:
-  ScopedRegistry() : registry_(startedRegistry()), saved_(RegistryTestAccess::save(*registry_)) {
+  ScopedRegistry()
+      : registry_((startLibrary(), TableMetaDataManager::getTableMetaDataManager(LOCALE_EN))),
+        saved_(RegistryTestAccess::save(*registry_)) {
     for (TableMetaData *t : saved_.tables)
       if (t)
         keepDefaults(t->getPropertyDef(0), t->getNumColumns());
@@ -46,17 +48,15 @@ public:
   ~ScopedRegistry() {
     TableMetaDataManager::m_Instance = registry_;
     const std::set<TableMetaData *> before(std::begin(saved_.tables), std::end(saved_.tables));
-    std::set<TableMetaData *> added;
+    std::set<TableMetaData *> added; // a table in several slots is deleted once
     for (int slot = 0; slot < TableMetaDataManager::kSlots; ++slot)
       if (TableMetaData *t = registry_->getSlot(slot); t && !before.count(t))
         added.insert(t);
     for (TableMetaData *t : added)
       delete t;
     RegistryTestAccess::restore(*registry_, saved_);
-    for (auto d = defaults_.rbegin(); d != defaults_.rend(); ++d) { // the first record wins
-      d->property->print = d->print;
-      d->property->draw = d->draw;
-    }
+    for (auto d = defaults_.rbegin(); d != defaults_.rend(); ++d) // the first record wins
+      d->property->print = d->print, d->property->draw = d->draw;
   }
   ScopedRegistry(const ScopedRegistry &) = delete;
   ScopedRegistry &operator=(const ScopedRegistry &) = delete;
@@ -73,10 +73,6 @@ private:
     PropertyMetaData *property;
     bool print, draw;
   };
-  static TableMetaDataManager *startedRegistry() {
-    startLibrary();
-    return TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);
-  }
   void keepDefaults(PropertyMetaData *columns, int numColumns) {
     for (int i = 0; i < numColumns; ++i)
       defaults_.push_back({columns + i, bool(columns[i].print), bool(columns[i].draw)});
