@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
@@ -32,13 +33,8 @@ using FillOp = void (*)(Session *, QEL_DESC *, int, int);
 // (numbers as their 32-bit word); on a column of another type it reports the
 // column's actual XML type name, then stores by the real type.
 TEST_F(Fill, TypedOperationsCheckTheColumnType) {
-  struct Case {
-    FillOp fill;
-    int column;
-    QEL_CELL stored; // numbers only
-    int other;
-    const char *message;
-  } cases[] = {
+  // fill, its column, the number stored (0: a text), a column of another type, the report
+  const std::tuple<FillOp, int, QEL_CELL, int, const char *> cases[] = {
       {OP(Hex8, 200), 0, 200, 3, "(HEX8) - got uint32 for iops"},
       {OP(Hex32, 0xdeadbeef), 1, 0xdeadbeef, 2, "(HEX32) - got uint8 for slot"},
       {OP(U8, 255), 2, 255, 0, "(U8) - got uint8 for drive-down-code"},
@@ -52,7 +48,7 @@ TEST_F(Fill, TypedOperationsCheckTheColumnType) {
       {OP(I32, -5), 10, 0xfffffffbu, 3, "(I32) - got uint32 for iops"},
       {OP(HexString, kBytes), 11, 0, 4, "(HEX_STRING) - got string for name"},
       {OP(U16, 65535), 12, 65535, 6, "(U16) - got double for cpu-load"},
-      {OP(StringN, "12345678"), 13, 0, 4, "(STRING_N) - got string for name"},
+      {OP(StringN, "SEAGATE_X10"), 13, 0, 4, "(STRING_N) - got string for name"},
       {OP(Blocks, "1"), 14, 0, 18, "(BLOCKS) - got string for data-read"},
       {OP(DateTime, 1700000000u), 15, 1700000000u, 16, "(DATETIME) - got string for time"},
       {OP(Time, 3661), 16, 3661, 15, "(TIME) - got string for time-stamp"},
@@ -60,45 +56,29 @@ TEST_F(Fill, TypedOperationsCheckTheColumnType) {
        "(ENUMTOKEN) - got string for health"},
       {OP(Blocks2Bytes, "1"), 18, 0, 9, "(BLOCKS2BYTES) - got uint64 for number-of-reads"},
   };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.message);
+  for (const auto &[fill, column, stored, other, message] : cases) {
     LogCapture log;
-    c.fill(&session_, d_, c.column, 0);
-    EXPECT_TRUE(log.records.empty());
-    EXPECT_EQ(c.stored ? cell(0, c.column) : 0, c.stored);
-    c.fill(&session_, d_, c.other, 1);
-    EXPECT_EQ(log.texts(Route::Assert),
-              std::vector<std::string>{std::string("Invalid QEL Type ") + c.message +
-                                       " in table spares (" + std::to_string(c.other) + ",1)"});
+    fill(&session_, d_, column, 0);
+    fill(&session_, d_, other, 1);
+    EXPECT_EQ(stored ? cell(0, column) : 0, stored) << message;
+    EXPECT_EQ(log.all(), std::vector<std::string>{std::string("A Invalid QEL Type ") + message +
+                                                  " in table spares (" + std::to_string(other) + ",1)"});
   }
   EXPECT_EQ(d_->numRows, 2);
   // Stored by the real type: the U32 value into the I32 column, the STRING
-  // fill into the STRING_N column as 8 bytes.
+  // fill into the STRING_N column as 8 bytes and the reverse in full. Fixed
+  // fields are exactly `size` (8) bytes, then a NUL.
   EXPECT_EQ(cell(1, 10), 4000000000u);
   EXPECT_STREQ(text(1, 13), "12345678");
-  EXPECT_STREQ(text(1, 4), "12345678");
+  EXPECT_STREQ(text(1, 4), "SEAGATE_X10");
+  EXPECT_STREQ(text(0, 13), "SEAGATE_");
+  EXPECT_EQ(std::memcmp(text(0, 11), kBytes, 8) || text(0, 11)[8], 0);
   // Doubles are cut toward zero and saturated.
   for (auto c : {std::pair<double, QEL_CELL>{0.4, 0}, {-3.5, 0}, {std::nan(""), 0},
                  {4294967295.9, 4294967295u}, {1e12, 4294967295u}, {123456.999, 123456}}) {
     QEL_FillColumnDouble(&session_, d_, 6, 1, c.first);
     EXPECT_EQ(cell(1, 6), c.second) << c.first;
   }
-}
-
-TEST_F(Fill, TextsAreOwnedCopiesAndRowsGrow) {
-  char source[] = "vol-0001";
-  QEL_FillColumnString(&session_, d_, 4, 3, source);
-  source[0] = 'X';
-  EXPECT_STREQ(text(3, 4), "vol-0001");
-  // Fixed-width fields: exactly `size` (8) bytes, then a NUL.
-  QEL_FillColumnStringN(&session_, d_, 13, 0, "SEAGATE_X10");
-  EXPECT_STREQ(text(0, 13), "SEAGATE_");
-  QEL_FillColumnHexString(&session_, d_, 11, 0, kBytes);
-  EXPECT_EQ(std::memcmp(text(0, 11), kBytes, 8), 0);
-  EXPECT_EQ(text(0, 11)[8], '\0');
-  EXPECT_EQ(d_->numRows, 4) << "the highest row filled, not the last";
-  for (int c = 0; c < 19; ++c)
-    EXPECT_EQ(cell(1, c), 0u);
 }
 
 // A caller's descriptor offered to a cell; the caller keeps it.
@@ -123,22 +103,18 @@ TEST_F(Fill, BadFillsLogAndStoreNothing) {
   };
   const std::string numberInText = "QEL_FillColumn: table spares, column size (14) holds string "
                                    "values; the number 77 is not stored";
-  struct Case {
-    FillOp fill;
-    int column, row;
-    const char *stored; // null: nothing
-    std::vector<std::string> log;
-  } cases[] = {
+  // fill, column, row, the text stored (null: nothing), the records
+  const std::tuple<FillOp, int, int, const char *, std::vector<std::string>> cases[] = {
       {OP(U32, 1), 3, 4, nullptr, outside("iops (3)")},
       {OP(U32, 1), 19, 0, nullptr, outside("? (19)", {type + "U32) - got unknown for ? in table spares (19,0)"})},
       {OP(String, "x"), -1, 0, nullptr, outside("? (-1)", {type + "STRING) - got unknown for ? in table spares (-1,0)"})},
       {OP(String, "x"), 4, -2, nullptr, outside("name (4)")},
       {OP(String, nullptr), 4, 0, " ", {string + "columnID=name col=4 row=0"}},
-      {OP(, 0), 4, 1, " ", {string + "columnID=name col=4 row=1"}},
       {OP(StringN, nullptr), 13, 1, " ", {stringN + "columnID=vendor col=13 row=1"}},
       {OP(HexString, nullptr), 11, 1, " ", {stringN + "columnID=serial-number col=11 row=1"}},
       {OP(U64, nullptr), 9, 2, " ", {u64 + "columnID=number-of-reads col=9 row=2"}},
       {OP(Blocks, nullptr), 14, 2, " ", {u64 + "columnID=size col=14 row=2"}},
+      {OP(, 0), 4, 1, " ", {string + "columnID=name col=4 row=1"}}, // the highest row counts
       {OP(U32, 0x1234), 4, 3, nullptr, {type + "U32) - got string for name in table spares (4,3)"}},
       {OP(, 77u), 14, 0, nullptr, {"E " + numberInText, "A " + numberInText}},
       {OP(String, "x"), 5, 0, nullptr, {type + "STRING) - got object for unhealthy-component in table spares (5,0)"}},
@@ -146,14 +122,13 @@ TEST_F(Fill, BadFillsLogAndStoreNothing) {
       {fillNewTable, 4, 2, nullptr, {type + "QEL) - got string for name in table spares (4,2)"}},
       {fillNewTable, 14, 1, nullptr, {type + "QEL) - got string for size in table spares (14,1)"}},
   };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+  for (const auto &[fill, column, row, stored, records] : cases) {
     LogCapture log;
-    c.fill(&session_, d_, c.column, c.row);
-    EXPECT_EQ(log.all(), c.log);
-    if (c.column >= 0 && c.column < 19 && c.row >= 0 && c.row < 4) {
-      EXPECT_EQ(c.stored ? text(c.row, c.column) : std::to_string(cell(c.row, c.column)),
-                c.stored ? c.stored : "0");
+    fill(&session_, d_, column, row);
+    EXPECT_EQ(log.all(), records);
+    if (column >= 0 && column < 19 && row >= 0 && row < 4) {
+      EXPECT_EQ(stored ? text(row, column) : std::to_string(cell(row, column)), stored ? stored : "0")
+          << "cell " << column << "," << row;
     }
   }
   EXPECT_EQ(d_->numRows, 3) << "refused fills leave the row count";
@@ -174,7 +149,9 @@ TEST_F(Fill, BadFillsLogAndStoreNothing) {
 
 TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   LogCapture log;
-  QEL_FillColumnString(&session_, d_, 4, 0, "kept");
+  char source[] = "kept";
+  QEL_FillColumnString(&session_, d_, 4, 0, source);
+  source[0] = 'X'; // the cell holds a copy
   // A shorter text reuses the cell's copy; a long one needs new storage.
   QEL_FillColumnString(&session_, d_, 4, 1, "longer text");
   QEL_FillColumnString(&session_, d_, 4, 1, "short");
@@ -205,10 +182,7 @@ void longDecoder(utility::PutStream &out, unsigned int) {
 }
 
 TEST_F(Fill, WidthTracking) {
-  struct Step {
-    FillOp fill;
-    int column, row, width;
-  } steps[] = {
+  const std::tuple<FillOp, int, int, int> steps[] = { // fill, column, row, the width after it
       {OP(String, "abc"), 4, 0, 4},  {OP(String, "ab"), 4, 1, 4}, {OP(U64, "12345"), 9, 0, 6},
       {OP(Blocks, "N/A"), 14, 0, 0}, {OP(Blocks, "2048"), 14, 0, 6}, // "1.05" "MB"
       {OP(Enum, 0), 7, 0, 2},        {OP(Enum, 99), 7, 1, 7},     // "OK", "Unknown"
@@ -216,9 +190,9 @@ TEST_F(Fill, WidthTracking) {
       {OP(EnumToken, Preferences::OUTPUT_TAG), 17, 0, 1},         // "7"
       {OP(U32, 123456), 3, 0, 0},    {OP(StringN, "ABCDEFGH"), 13, 0, 0}, // not tracked
   };
-  for (const auto &s : steps) {
-    s.fill(&session_, d_, s.column, s.row);
-    EXPECT_EQ(d_->pColumns[s.column].width, s.width) << "step " << &s - steps;
+  for (const auto &[fill, column, row, width] : steps) {
+    fill(&session_, d_, column, row);
+    EXPECT_EQ(d_->pColumns[column].width, width) << "column " << column << ", row " << row;
   }
   Preferences &prefs = session_.getPreferences();
   prefs.setStorageSizeBase(2); // "1.00" "MiB"

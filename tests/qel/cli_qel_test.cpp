@@ -88,31 +88,6 @@ TEST_F(Descriptor, CompareRules) {
   }
 }
 
-TEST_F(Descriptor, SortColumnAndWhenNotToSort) {
-  // volume-reservations has two sort columns: the later (host-id) wins.
-  QEL_DESC *res = withTexts(tGSvolume_2Dreservations, 0, {"a", "b", "c"});
-  const char *hosts[] = {"h3", "h1", "h2"};
-  for (int r = 0; r < 3; ++r)
-    QEL_FillColumnString(&session_, res, 3, r, hosts[r]);
-  EXPECT_EQ(sorted(res), (std::vector<int>{1, 2, 0}));
-  // events has no sort column; a table whose last sort column is a nested
-  // table (nosort) keeps its filled order too, as does a SORT_SIZE column.
-  const std::vector<int> filled = {0, 1, 2};
-  EXPECT_EQ(sorted(withTexts(tGSevents, 2, {"z", "a", "m"})), filled);
-  EXPECT_EQ(sorted(withTexts(tGSstorage_2Dpool_2Dcomponents, 0, {"z", "a", "m"})), filled);
-  gQdbShowVolumes[3].sortType = SORT_SIZE;
-  EXPECT_EQ(sorted(withTexts(tGSvolumes, 3, {"z", "a", "m"})), filled);
-  gQdbShowVolumes[3].sortType = SORT_STRING;
-  // One row or none: the order array is set for the rows there are.
-  QEL_DESC *small = withTexts(tGSvolumes, 3, {"x"});
-  for (int rows : {0, 1}) {
-    small->numRows = rows;
-    int order[1] = {-7};
-    SORTOutput(small, order);
-    EXPECT_EQ(order[0], rows ? 0 : -7);
-  }
-}
-
 // The reference: the stable insertion sort, comparison by comparison.
 std::vector<int> insertionSort(QEL_DESC *d, int c, SortType sortType) {
   auto cell = [d, c](int row) { return d->cells[row * d->maxColumns + c]; };
@@ -127,16 +102,21 @@ std::vector<int> insertionSort(QEL_DESC *d, int c, SortType sortType) {
   return order;
 }
 
-// Each table's own sort column and type, with equal keys, unparsed texts and
-// unfilled cells (which compare equal to everything).
+// Each table's sort column (the last one the catalogue marks) and type, with
+// equal keys, unparsed texts, unfilled cells (which compare equal to
+// everything) and no rows at all. Tables without a sort column, or whose
+// last one is a nested table, and SORT_SIZE columns keep the filled order.
 TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
   std::mt19937 rng(20261123);
   const std::tuple<GS_TokenValues, int, SortType> targets[] = {
-      {tGSvolumes, 3, SORT_STRING}, {tGSdrives, 4, SORT_DISKSLOT}, {tGSenclosure_2Dlist, 1, SORT_INTEGER}};
+      {tGSvolumes, 3, SORT_STRING},       {tGSdrives, 4, SORT_DISKSLOT},    {tGSenclosure_2Dlist, 1, SORT_INTEGER},
+      {tGSvolume_2Dreservations, 3, SORT_STRING}, {tGSevents, 2, SORT_NONE}, {tGSstorage_2Dpool_2Dcomponents, 0, SORT_NONE},
+      {tGSvolumes, 3, SORT_SIZE}};
   const char *pool[] = {"1.2", "1.10", "0.3", "2", "a", "A", "", "1.2x", "10.0", "b.1"};
-  for (int round = 0; round < 300; ++round) {
-    const auto [table, column, sortType] = targets[round % 3];
-    const int rows = 1 + static_cast<int>(rng() % 40);
+  for (int round = 0; round < 350; ++round) {
+    const auto [table, column, sortType] = targets[round % 7];
+    gQdbShowVolumes[3].sortType = table == tGSvolumes ? sortType : SORT_STRING;
+    const int rows = static_cast<int>(rng() % 40);
     QEL_DESC *d = QEL_Create(&session_, table, tGSnone, rows, 0);
     for (int r = 0; r < rows; ++r) {
       if (round % 2 == 0 && rng() % 4 == 0)
@@ -150,6 +130,7 @@ TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
     ASSERT_EQ(sorted(d), insertionSort(d, column, sortType)) << "round " << round;
     QEL_Free(d);
   }
+  gQdbShowVolumes[3].sortType = SORT_STRING;
 }
 
 // Choosing columns moves the cells with them and drops (and frees) the
