@@ -28,22 +28,19 @@ protected:
 TEST_F(Descriptor, FailuresAndNullArguments) {
   ASSERT_NE(own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0)), nullptr) << "no rows is fine";
   LogCapture log;
-  utility::Debug::setDebugOn(1192, true);
-  EXPECT_EQ(QEL_Create(&session_, tGSserial_2Dnumber, tGSnone, 1, 0), nullptr);
-  EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, -1, 0), nullptr);
-  EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, 0x7fffffff, 0), nullptr);
-  for (long k : {0, 1}) { // the block, then the column array
-    framework::testing::setFailAfter(k);
-    EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+  for (bool debugOn : {true, false}) { // debug off: silent
+    utility::Debug::setDebugOn(1192, debugOn);
+    for (int rows : {1, -1, 0x7fffffff})
+      EXPECT_EQ(QEL_Create(&session_, rows == 1 ? tGSserial_2Dnumber : tGSspares, tGSnone, rows, 0), nullptr);
+    for (long k : {0, 1}) { // the block, then the column array
+      framework::testing::setFailAfter(k);
+      EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+    }
+    framework::testing::setFailAfter(-1);
+    QEL_link(nullptr, nullptr);
+    QEL_Free(nullptr);
   }
-  framework::testing::setFailAfter(-1);
-  QEL_link(nullptr, nullptr);
-  QEL_Free(nullptr);
-  utility::Debug::setDebugOn(1192, false);
-  QEL_link(nullptr, nullptr); // debug off: silent
-  QEL_Free(nullptr);
-  EXPECT_EQ(log.texts(Route::Log),
-            (std::vector<std::string>{"QEL_Create: Could not find table serial-number"}));
+  EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>(2, "QEL_Create: Could not find table serial-number"));
   std::vector<std::string> debug(4, "QEL_Create:: could not allocate the memory\n");
   debug.insert(debug.end(), {"QEL_link:: pDesc is NULL! DIE! \n", "QEL_Free:: NULL Pointer \n"});
   EXPECT_EQ(log.texts(Route::Debug), debug);
@@ -62,29 +59,18 @@ TEST_F(Descriptor, RenameMatchesTheOriginalKeyword) {
 
 TEST_F(Descriptor, CompareRules) {
   auto cell = [](const char *t) { return reinterpret_cast<QEL_CELL>(t); };
-  struct Case {
-    SortType sort;
-    ColumnDataType type;
-    QEL_CELL a, b;
-    int result; // strcmp's: its sign
-  } cases[] = {
-      {SORT_STRING, COLTYPE_U32, 1, 2, 0},
-      {SORT_STRING, COLTYPE_STRING, cell("abc"), cell("abd"), -1},
-      {SORT_STRING, COLTYPE_HEX_STRING, cell("abd"), cell("abc"), 1},
-      {SORT_STRING, COLTYPE_STRING, cell("abc"), 0, 0},
-      {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1},
-      {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
-      {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},
-      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
+  const std::tuple<SortType, ColumnDataType, QEL_CELL, QEL_CELL, int> cases[] = { // result: SORT_STRING's sign
+      {SORT_STRING, COLTYPE_U32, 1, 2, 0},           {SORT_STRING, COLTYPE_STRING, cell("abc"), cell("abd"), -1},
+      {SORT_STRING, COLTYPE_HEX_STRING, cell("abd"), cell("abc"), 1}, {SORT_STRING, COLTYPE_STRING, cell("abc"), 0, 0},
+      {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1}, {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
+      {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
       {SORT_DISKSLOT, COLTYPE_STRING, cell("x"), cell("0.0"), 0}, // unparsed: 0.0
       {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1},
       {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
-      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},
-      {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0},
-  };
-  for (const auto &c : cases) {
-    const int r = QEL_compare(c.sort, c.type, c.a, c.b);
-    EXPECT_EQ(c.sort == SORT_STRING ? (r > 0) - (r < 0) : r, c.result) << "case " << &c - cases;
+      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},              {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0}};
+  for (const auto &[sort, type, a, b, result] : cases) {
+    const int r = QEL_compare(sort, type, a, b);
+    EXPECT_EQ(sort == SORT_STRING ? (r > 0) - (r < 0) : r, result) << "sort " << sort << ", type " << type << ", " << a << " vs " << b;
   }
 }
 

@@ -6,6 +6,7 @@
 #include "support/fixture_tables.h"
 
 #include <atomic>
+#include <iterator>
 #include <thread>
 
 namespace {
@@ -54,16 +55,15 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
   services::user::Session s(out);
   s.getPreferences().setOutputFormat(type);
   s.getPreferences().setLocale(locale);
-  QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 4, 0);
-  for (int r = 0; r < 4; ++r) {
-    QEL_FillColumnString(&s, top, 0, r, r % 2 ? "b<&>" : "a\"x\"");
-    QEL_FillColumnU32(&s, top, 2, r, static_cast<unsigned>(4 - r));
-  }
+  QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 2, 0);
   QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
+  QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
+  QEL_FillColumnString(&s, top, 0, 0, "a\"x\"");
+  QEL_FillColumnString(&s, top, 0, 1, "b<&>");
+  QEL_FillColumnU32(&s, top, 2, 1, 4);
   QEL_FillColumnString(&s, nested, 0, 0, "n0");
   QEL_FillColumnU32(&s, nested, 1, 1, 9);
   QEL_FillColumnQEL(&s, top, 1, 1, nested);
-  QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
   qeltest::fillEveryType(s, types, 0);
   QEL_link(top, types);
   QEL_Print_Data(top, &s, out, true, true, "show");
@@ -78,16 +78,15 @@ TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
                                 LOCALE_ZH_CHT, LOCALE_KO, LOCALE_ES, LOCALE_NL};
   // Thread t prints in locale t and every output type in turn; each
   // document is printed alone first.
-  constexpr int kTypes = sizeof qeltest::outputTypes / sizeof qeltest::outputTypes[0];
+  constexpr int kTypes = static_cast<int>(std::size(qeltest::outputTypes));
   std::string expected[kThreads][kTypes];
   for (int t = 0; t < kThreads; ++t)
     for (int k = 0; k < kTypes; ++k)
       expected[t][k] = printJob(qeltest::outputTypes[k], locales[t]);
-  std::atomic<bool> done{false};
   // The print and draw defaults of a column every thread creates, set to
   // what they are while the threads read them.
-  PropertyMetaData &slot = qeltest::twoColumns[1];
-  std::thread defaults([&] {
+  std::atomic<bool> done{false};
+  std::thread defaults([&done, &slot = qeltest::twoColumns[1]] {
     while (!done.load())
       TableMetaDataManager::SetColumnPrint(tGSsnmp_2Dusers, tGSslot, slot.print, slot.draw);
   });

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -104,14 +105,10 @@ class SessionTest : public testing::Test {
 protected:
   void SetUp() override { baseline_ = framework::Memory::liveAllocations(); }
   void TearDown() override {
-    for (QEL_DESC *d : owned_)
-      QEL_Free(d);
+    std::for_each(owned_.begin(), owned_.end(), QEL_Free);
     EXPECT_EQ(framework::Memory::liveAllocations(), baseline_) << "leaked blocks";
   }
-  QEL_DESC *own(QEL_DESC *d) {
-    owned_.push_back(d);
-    return d;
-  }
+  QEL_DESC *own(QEL_DESC *d) { return owned_.push_back(d), d; }
   /// `snmp-users` rows (names[r], r + 1) under object name \p name; not owned.
   QEL_DESC *userRows(const std::vector<std::string> &names, GS_TokenValues name = tGSnone,
                      std::uint8_t format = 0) {
@@ -126,11 +123,11 @@ protected:
   /// `managed-logs` rows (alpha, \p nested, 7) and (beta, -, 8); owned.
   QEL_DESC *logRows(QEL_DESC *nested, GS_TokenValues name = tGSnone, std::uint8_t format = 0) {
     QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, name, 2, format));
-    QEL_FillColumnString(&session_, d, 0, 0, "alpha");
     QEL_FillColumnQEL(&session_, d, 1, 0, nested);
-    QEL_FillColumnU32(&session_, d, 2, 0, 7);
-    QEL_FillColumnString(&session_, d, 0, 1, "beta");
-    QEL_FillColumnU32(&session_, d, 2, 1, 8);
+    for (int r = 0; r < 2; ++r) {
+      QEL_FillColumnString(&session_, d, 0, r, r ? "beta" : "alpha");
+      QEL_FillColumnU32(&session_, d, 2, r, static_cast<unsigned>(7 + r));
+    }
     return d;
   }
 
