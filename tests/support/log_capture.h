@@ -24,14 +24,7 @@ public:
     std::string text;
   };
 
-  LogCapture() {
-    previous_ = framework::Logger::setSink(
-        [](const framework::LogRecord &r, void *self) {
-          static_cast<LogCapture *>(self)->records.push_back(
-              {r.route, r.type, r.function, r.line, r.text});
-        },
-        this);
-  }
+  LogCapture() : previous_(framework::Logger::setSink(collect, this)) {}
   ~LogCapture() { framework::Logger::setSink(previous_); }
   LogCapture(const LogCapture &) = delete;
   LogCapture &operator=(const LogCapture &) = delete;
@@ -56,6 +49,9 @@ public:
   std::vector<Record> records;
 
 private:
+  static void collect(const framework::LogRecord &r, void *self) {
+    static_cast<LogCapture *>(self)->records.push_back({r.route, r.type, r.function, r.line, r.text});
+  }
   framework::Logger::Sink previous_;
 };
 
