@@ -16,13 +16,6 @@ protected:
     SORTOutput(d, order.data());
     return order;
   }
-  // An owned descriptor, its column \p c filled with \p texts.
-  QEL_DESC *withTexts(GS_TokenValues table, int c, std::vector<const char *> texts) {
-    QEL_DESC *d = own(QEL_Create(&session_, table, tGSnone, static_cast<int>(texts.size()), 0));
-    for (int r = 0; r < d->maxRows; ++r)
-      QEL_FillColumnString(&session_, d, c, r, texts[static_cast<std::size_t>(r)]);
-    return d;
-  }
 };
 
 TEST_F(Descriptor, FailuresAndNullArguments) {
@@ -113,10 +106,11 @@ TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
 // keeps ties in their order. Renames, selection and sorting all go by the
 // column's keyword.
 TEST_F(Descriptor, SelectColumnsAndSortRows) {
-  QEL_DESC *d = withTexts(tGSmanaged_2Dlogs, 0, {"delta", "alpha", "charlie", "bravo"});
-  const unsigned slots[] = {2, 9, 2, 5};
+  QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone, 4, 0));
+  const std::pair<const char *, unsigned> rows[] = {{"delta", 2}, {"alpha", 9}, {"charlie", 2}, {"bravo", 5}};
   for (int r = 0; r < 4; ++r) {
-    QEL_FillColumnU32(&session_, d, 2, r, slots[r]);
+    QEL_FillColumnString(&session_, d, 0, r, rows[r].first);
+    QEL_FillColumnU32(&session_, d, 2, r, rows[r].second);
     QEL_FillColumnQEL(&session_, d, 1, r, QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0));
   }
   const GS_TokenValues chosen[] = {tGSslot, tGSname};

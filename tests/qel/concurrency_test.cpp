@@ -87,16 +87,13 @@ TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
     while (!done.load())
       TableMetaDataManager::SetColumnPrint(tGSsnmp_2Dusers, tGSslot, slot.print, slot.draw);
   });
-  int mismatches[kThreads] = {};
   race([&](int t) {
     for (int i = 0; i < 26; ++i)
-      mismatches[t] += printJob(qeltest::outputTypes[(t + i) % kTypes], locales[t]) !=
-                       expected[t][(t + i) % kTypes];
+      EXPECT_EQ(printJob(qeltest::outputTypes[(t + i) % kTypes], locales[t]), expected[t][(t + i) % kTypes])
+          << "thread " << t << ", " << strings::GS.toString(qeltest::outputTypes[(t + i) % kTypes]);
   });
   done.store(true);
   defaults.join();
-  for (int t = 0; t < kThreads; ++t)
-    EXPECT_EQ(mismatches[t], 0) << "thread " << t;
 }
 
 } // namespace
