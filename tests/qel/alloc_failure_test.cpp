@@ -32,14 +32,12 @@ bool fillLogs(Session &s, QEL_DESC *d, int first) {
     if ((first + r) % 5)
       continue;
     QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
-    QEL_DESC *chained = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0);
+    QEL_DESC *chained = nested ? QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0) : nullptr;
     QEL_FillColumnString(&s, nested, 0, 0, "first"); // a null descriptor is ignored
     QEL_FillColumnU32(&s, nested, 1, 1, static_cast<unsigned>(r));
     QEL_link(nested, chained);
     QEL_FillColumnQEL(&s, d, 1, r, nested);
-    created = nested && chained;
-    if (!nested)
-      QEL_Free(chained);
+    created = chained != nullptr;
   }
   return created;
 }
@@ -64,10 +62,9 @@ bool printPages(Session &s) {
   QEL_PRINT *print = QEL_PrintOpen(&s, s.getOutputStream(), true, true, "show managed-logs");
   bool created = print != nullptr;
   for (int first = 0; first < 15 && created;) {
-    const int rows = first == 0 ? 1 : 7;
-    QEL_DESC *page = QEL_Create(&s, tGSmanaged_2Dlogs, tGSvolume, rows, 0);
+    QEL_DESC *page = QEL_Create(&s, tGSmanaged_2Dlogs, tGSvolume, first ? 7 : 1, 0);
     created = fillLogs(s, page, first);
-    first += rows;
+    first += first ? 7 : 1;
     QEL_DESC *next = created && first >= 15 ? QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 1, 0) : nullptr;
     QEL_FillColumnString(&s, next, 0, 0, "after");
     QEL_link(page, next);

@@ -9,14 +9,13 @@ namespace {
 using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
 
-class Descriptor : public qeltest::SessionTest {
-protected:
-  std::vector<int> sorted(QEL_DESC *d) {
-    std::vector<int> order(static_cast<std::size_t>(d->numRows), -1);
-    SORTOutput(d, order.data());
-    return order;
-  }
-};
+using Descriptor = qeltest::SessionTest;
+
+std::vector<int> sorted(QEL_DESC *d) {
+  std::vector<int> order(static_cast<std::size_t>(d->numRows), -1);
+  SORTOutput(d, order.data());
+  return order;
+}
 
 TEST_F(Descriptor, FailuresAndNullArguments) {
   ASSERT_NE(own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0)), nullptr) << "no rows is fine";
@@ -47,12 +46,12 @@ TEST_F(Descriptor, CompareRules) {
       {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1}, {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
       {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
       {SORT_DISKSLOT, COLTYPE_STRING, cell("x"), cell("0.0"), 0}, // unparsed: 0.0
-      {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1},
-      {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
-      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},              {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0}};
+      {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1}, {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
+      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},              {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0}}; // no order
   for (const auto &[sort, type, a, b, result] : cases) {
     const int r = QEL_compare(sort, type, a, b);
-    EXPECT_EQ(sort == SORT_STRING ? (r > 0) - (r < 0) : r, result) << "sort " << sort << ", type " << type << ", " << a << " vs " << b;
+    EXPECT_EQ(sort == SORT_STRING ? (r > 0) - (r < 0) : r, result)
+        << "sort " << sort << ", type " << type << ", " << a << " vs " << b;
   }
 }
 

@@ -12,7 +12,6 @@
 namespace {
 
 using Preferences = services::user::Preferences;
-using services::qel::Qel;
 
 constexpr int kThreads = 8;
 
@@ -32,19 +31,16 @@ template <typename F> void race(F body) {
 }
 
 TEST(Concurrency, FirstUseOfStartUpAndGetQel) {
-  Qel *found[kThreads] = {};
-  TableMetaData *volumes[kThreads] = {};
+  services::qel::Qel *found[kThreads] = {};
   race([&](int t) {
     if (t % 2)
       QEL_Start();
     framework::Container::getContainer()->buildService(pGSQel);
-    found[t] = &Qel::getQel();
-    volumes[t] = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
+    found[t] = &services::qel::Qel::getQel();
+    EXPECT_NE(TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes), nullptr) << t;
   });
-  for (int t = 0; t < kThreads; ++t) {
+  for (int t = 0; t < kThreads; ++t)
     EXPECT_EQ(found[t], found[0]) << t;
-    EXPECT_NE(volumes[t], nullptr) << t;
-  }
   EXPECT_EQ(framework::Container::getContainer()->findService(pGSQel), found[0]);
 }
 
