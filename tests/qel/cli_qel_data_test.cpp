@@ -4,11 +4,11 @@
 
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
 using qeltest::LogCapture;
-using Route = qeltest::LogCapture::Route;
 using services::user::Preferences;
 using Session = services::user::Session;
 
@@ -19,10 +19,7 @@ protected:
     d_ = own(QEL_Create(&session_, tGSspares, tGSnone, 4, 0));
   }
   QEL_CELL cell(int row, int column) const { return d_->cells[row * d_->maxColumns + column]; }
-  const char *text(int row, int column) const {
-    return reinterpret_cast<const char *>(cell(row, column));
-  }
-
+  const char *text(int row, int column) const { return reinterpret_cast<const char *>(cell(row, column)); }
   QEL_DESC *d_ = nullptr;
 };
 
@@ -35,13 +32,8 @@ using FillOp = void (*)(Session *, QEL_DESC *, int, int);
 // (numbers as their 32-bit word); on a column of another type it reports the
 // column's actual XML type name, then stores by the real type.
 TEST_F(Fill, TypedOperationsCheckTheColumnType) {
-  struct Case {
-    FillOp fill;
-    int column;
-    QEL_CELL stored; // numbers only
-    int other;
-    const char *message;
-  } cases[] = {
+  // fill, its column, the number stored (0: a text), a column of another type, the report
+  const std::tuple<FillOp, int, QEL_CELL, int, const char *> cases[] = {
       {OP(Hex8, 200), 0, 200, 3, "(HEX8) - got uint32 for iops"},
       {OP(Hex32, 0xdeadbeef), 1, 0xdeadbeef, 2, "(HEX32) - got uint8 for slot"},
       {OP(U8, 255), 2, 255, 0, "(U8) - got uint8 for drive-down-code"},
@@ -55,143 +47,96 @@ TEST_F(Fill, TypedOperationsCheckTheColumnType) {
       {OP(I32, -5), 10, 0xfffffffbu, 3, "(I32) - got uint32 for iops"},
       {OP(HexString, kBytes), 11, 0, 4, "(HEX_STRING) - got string for name"},
       {OP(U16, 65535), 12, 65535, 6, "(U16) - got double for cpu-load"},
-      {OP(StringN, "12345678"), 13, 0, 4, "(STRING_N) - got string for name"},
+      {OP(StringN, "SEAGATE_X10"), 13, 0, 4, "(STRING_N) - got string for name"},
       {OP(Blocks, "1"), 14, 0, 18, "(BLOCKS) - got string for data-read"},
       {OP(DateTime, 1700000000u), 15, 1700000000u, 16, "(DATETIME) - got string for time"},
       {OP(Time, 3661), 16, 3661, 15, "(TIME) - got string for time-stamp"},
-      {OP(EnumToken, Preferences::OUTPUT_JSON), 17, Preferences::OUTPUT_JSON, 7,
-       "(ENUMTOKEN) - got string for health"},
+      {OP(EnumToken, Preferences::OUTPUT_JSON), 17, Preferences::OUTPUT_JSON, 7, "(ENUMTOKEN) - got string for health"},
       {OP(Blocks2Bytes, "1"), 18, 0, 9, "(BLOCKS2BYTES) - got uint64 for number-of-reads"},
   };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.message);
+  for (const auto &[fill, column, stored, other, message] : cases) {
     LogCapture log;
-    c.fill(&session_, d_, c.column, 0);
-    EXPECT_TRUE(log.records.empty());
-    EXPECT_EQ(c.stored ? cell(0, c.column) : 0, c.stored);
-    c.fill(&session_, d_, c.other, 1);
-    EXPECT_EQ(log.texts(Route::Assert),
-              std::vector<std::string>{std::string("Invalid QEL Type ") + c.message +
-                                       " in table spares (" + std::to_string(c.other) + ",1)"});
+    fill(&session_, d_, column, 0);
+    fill(&session_, d_, other, 1);
+    EXPECT_EQ(stored ? cell(0, column) : 0, stored) << message;
+    EXPECT_EQ(log.all(), std::vector<std::string>{std::string("A Invalid QEL Type ") + message +
+                                                  " in table spares (" + std::to_string(other) + ",1)"});
   }
   EXPECT_EQ(d_->numRows, 2);
   // Stored by the real type: the U32 value into the I32 column, the STRING
-  // fill into the STRING_N column as 8 bytes.
+  // fill into the STRING_N column as 8 bytes and the reverse in full. Fixed
+  // fields are exactly `size` (8) bytes, then a NUL.
   EXPECT_EQ(cell(1, 10), 4000000000u);
   EXPECT_STREQ(text(1, 13), "12345678");
-  EXPECT_STREQ(text(1, 4), "12345678");
-}
-
-TEST_F(Fill, DoublesAreCutTowardZeroAndSaturated) {
-  for (auto c : {std::pair<double, QEL_CELL>{2.75, 2}, {0.4, 0}, {-3.5, 0}, {std::nan(""), 0},
+  EXPECT_STREQ(text(1, 4), "SEAGATE_X10");
+  EXPECT_STREQ(text(0, 13), "SEAGATE_");
+  EXPECT_EQ(std::memcmp(text(0, 11), kBytes, 8) || text(0, 11)[8], 0);
+  // Doubles are cut toward zero and saturated.
+  for (auto c : {std::pair<double, QEL_CELL>{0.4, 0}, {-3.5, 0}, {std::nan(""), 0},
                  {4294967295.9, 4294967295u}, {1e12, 4294967295u}, {123456.999, 123456}}) {
     QEL_FillColumnDouble(&session_, d_, 6, 1, c.first);
     EXPECT_EQ(cell(1, 6), c.second) << c.first;
   }
 }
 
-TEST_F(Fill, TextsAreOwnedCopiesAndRowsGrow) {
-  char source[] = "vol-0001";
-  QEL_FillColumnString(&session_, d_, 4, 3, source);
-  source[0] = 'X';
-  EXPECT_STREQ(text(3, 4), "vol-0001");
-  // Fixed-width fields: exactly `size` (8) bytes, then a NUL.
-  QEL_FillColumnStringN(&session_, d_, 13, 0, "SEAGATE_X10");
-  EXPECT_STREQ(text(0, 13), "SEAGATE_");
-  QEL_FillColumnHexString(&session_, d_, 11, 0, kBytes);
-  EXPECT_EQ(std::memcmp(text(0, 11), kBytes, 8), 0);
-  EXPECT_EQ(text(0, 11)[8], '\0');
-  // The block, its columns and one chunk that holds all three copies.
-  EXPECT_EQ(framework::Memory::liveAllocations(), baseline_ + 2 + 1);
-  EXPECT_EQ(d_->numRows, 4) << "the highest row filled, not the last";
-  for (int c = 0; c < 19; ++c)
-    EXPECT_EQ(cell(1, c), 0u);
+// A caller's descriptor offered to a cell; the caller keeps it.
+void fillNewTable(Session *s, QEL_DESC *d, int c, int r) {
+  QEL_DESC *mine = QEL_Create(s, tGSsnmp_2Dusers, tGSnone, 1, 0);
+  QEL_FillColumnQEL(s, d, c, r, mine);
+  QEL_Free(mine);
 }
 
-TEST_F(Fill, CellsOutsideTheTableAreRefused) {
+// Bad fills log exactly their records and store nothing, or " " for a null
+// text. A number never becomes a pointer, nor a text a nested table, nor a
+// descriptor a text. OP(, v) is the generic fill.
+TEST_F(Fill, BadFillsLogAndStoreNothing) {
+  const std::string type = "A Invalid QEL Type (", null = "E QEL_FillColumn: COLTYPE_";
+  auto outside = [](const char *column, std::vector<std::string> log = {}) {
+    const std::string text = std::string("QEL_FillColumn: table spares, column ") + column +
+                             " exceeded maximum allowable rows/columns\n";
+    log.insert(log.end(), {"E " + text, "A " + text});
+    return log;
+  };
+  const std::string numberInText = "QEL_FillColumn: table spares, column size (14) holds string "
+                                   "values; the number 77 is not stored";
+  // fill, column, row, the text stored (null: nothing), the records
+  const std::tuple<FillOp, int, int, const char *, std::vector<std::string>> cases[] = {
+      {OP(U32, 1), 3, 4, nullptr, outside("iops (3)")},
+      {OP(U32, 1), 19, 0, nullptr, outside("? (19)", {type + "U32) - got unknown for ? in table spares (19,0)"})},
+      {OP(String, "x"), -1, 0, nullptr, outside("? (-1)", {type + "STRING) - got unknown for ? in table spares (-1,0)"})},
+      {OP(String, "x"), 4, -2, nullptr, outside("name (4)")},
+      {OP(String, nullptr), 4, 0, " ", {null + "STRING. data=0 tableID=spares columnID=name col=4 row=0"}},
+      {OP(HexString, nullptr), 11, 1, " ",
+       {null + "STRING_N or HEX_STRING. data=0 tableID=spares columnID=serial-number col=11 row=1"}},
+      {OP(Blocks, nullptr), 14, 2, " ", {null + "U64 or BLOCKS. data=0 tableID=spares columnID=size col=14 row=2"}},
+      {OP(, 0), 4, 1, " ", {null + "STRING. data=0 tableID=spares columnID=name col=4 row=1"}}, // not the highest row
+      {OP(U32, 0x1234), 4, 3, nullptr, {type + "U32) - got string for name in table spares (4,3)"}},
+      {OP(, 77u), 14, 0, nullptr, {"E " + numberInText, "A " + numberInText}},
+      {OP(String, "x"), 5, 0, nullptr, {type + "STRING) - got object for unhealthy-component in table spares (5,0)"}},
+      {fillNewTable, 4, 2, nullptr, {type + "QEL) - got string for name in table spares (4,2)"}},
+  };
+  for (const auto &[fill, column, row, stored, records] : cases) {
+    LogCapture log;
+    fill(&session_, d_, column, row);
+    EXPECT_EQ(log.all(), records);
+    if (column >= 0 && column < 19 && row >= 0 && row < 4) {
+      EXPECT_EQ(stored ? text(row, column) : std::to_string(cell(row, column)), stored ? stored : "0")
+          << "cell " << column << "," << row;
+    }
+  }
+  EXPECT_EQ(d_->numRows, 3) << "refused fills leave the row count";
+  // A null descriptor is ignored.
   LogCapture log;
-  QEL_FillColumnU32(&session_, d_, 3, 4, 1);  // row = maxRows
-  QEL_FillColumnU32(&session_, d_, 19, 0, 1); // column = maxColumns
-  QEL_FillColumnString(&session_, d_, -1, 0, "x");
-  QEL_FillColumnString(&session_, d_, 4, -2, "x");
-  EXPECT_EQ(d_->numRows, 0);
-  const std::string tail = " exceeded maximum allowable rows/columns\n";
-  const std::vector<std::string> expected = {
-      "QEL_FillColumn: table spares, column iops (3)" + tail,
-      "QEL_FillColumn: table spares, column ? (19)" + tail,
-      "QEL_FillColumn: table spares, column ? (-1)" + tail,
-      "QEL_FillColumn: table spares, column name (4)" + tail};
-  EXPECT_EQ(log.texts(Route::Error), expected);
-  // Each is also asserted; the fills outside the columns first report the
-  // type they cannot find.
-  EXPECT_EQ(log.texts(Route::Assert),
-            (std::vector<std::string>{
-                expected[0], "Invalid QEL Type (U32) - got unknown for ? in table spares (19,0)",
-                expected[1], "Invalid QEL Type (STRING) - got unknown for ? in table spares (-1,0)",
-                expected[2], expected[3]}));
-
-  // A descriptor without rows refuses every cell; a null one is ignored.
-  QEL_DESC *empty = QEL_Create(&session_, tGSspares, tGSnone, 0, 0);
-  QEL_FillColumnU32(&session_, empty, 3, 0, 1);
-  EXPECT_EQ(empty->numRows, 0);
-  QEL_Free(empty);
-  log.clear();
   QEL_FillColumnU32(&session_, nullptr, 3, 0, 1);
   QEL_FillColumn(&session_, nullptr, 3, 0, 1u);
   EXPECT_TRUE(log.records.empty());
 }
 
-TEST_F(Fill, NullTextsGetAPlaceholder) {
-  LogCapture log;
-  QEL_FillColumnString(&session_, d_, 4, 0, nullptr);
-  QEL_FillColumnStringN(&session_, d_, 13, 1, nullptr);
-  QEL_FillColumnHexString(&session_, d_, 11, 1, nullptr);
-  QEL_FillColumnU64(&session_, d_, 9, 2, nullptr);
-  QEL_FillColumnBlocks(&session_, d_, 14, 2, nullptr);
-  for (auto rc : {std::pair<int, int>{0, 4}, {1, 13}, {1, 11}, {2, 9}, {2, 14}})
-    EXPECT_STREQ(text(rc.first, rc.second), " ");
-  const std::string fixed = "QEL_FillColumn: COLTYPE_STRING_N or HEX_STRING. data=0 tableID=spares ",
-                    u64 = "QEL_FillColumn: COLTYPE_U64 or BLOCKS. data=0 tableID=spares ";
-  EXPECT_EQ(log.texts(Route::Error),
-            (std::vector<std::string>{
-                "QEL_FillColumn: COLTYPE_STRING. data=0 tableID=spares columnID=name col=4 row=0",
-                fixed + "columnID=vendor col=13 row=1", fixed + "columnID=serial-number col=11 row=1",
-                u64 + "columnID=number-of-reads col=9 row=2", u64 + "columnID=size col=14 row=2"}));
-}
-
-TEST_F(Fill, NumbersNeverBecomePointers) {
-  LogCapture log;
-  QEL_FillColumnU32(&session_, d_, 4, 0, 0x1234); // a STRING column
-  EXPECT_EQ(d_->numRows, 0) << "reported and not stored";
-  EXPECT_EQ(log.texts(Route::Assert).size(), 1u);
-  QEL_FillColumn(&session_, d_, 14, 1, 77u); // generic: BLOCKS column
-  EXPECT_EQ(cell(1, 14), 0u);
-  EXPECT_EQ(log.texts(Route::Error).back(),
-            "QEL_FillColumn: table spares, column size (14) holds string values; "
-            "the number 77 is not stored");
-  QEL_FillColumn(&session_, d_, 4, 2, 0); // 0 is a null pointer
-  EXPECT_STREQ(text(2, 4), " ");
-  // A pointer for a number column is stored as a number.
-  static const char someText[] = "x";
-  QEL_FillColumn(&session_, d_, 3, 3, static_cast<const void *>(someText));
-  EXPECT_EQ(cell(3, 3), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(someText)));
-  // Nor does a text become a nested table, or a descriptor a text: reported
-  // and not stored; the caller keeps its descriptor.
-  QEL_DESC *nested = userRows({"n"});
-  QEL_FillColumnString(&session_, d_, 5, 0, someText);
-  QEL_FillColumnU64(&session_, d_, 5, 1, "1");
-  QEL_FillColumnQEL(&session_, d_, 4, 0, nested);
-  QEL_FillColumnQEL(&session_, d_, 14, 0, nested);
-  for (int column : {4, 5, 14})
-    EXPECT_EQ(cell(0, column), 0u) << column;
-  EXPECT_EQ(cell(1, 5), 0u);
-  EXPECT_EQ(log.texts(Route::Assert).size(), 6u);
-  QEL_Free(nested);
-}
-
 TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   LogCapture log;
-  QEL_FillColumnString(&session_, d_, 4, 0, "kept");
+  char source[] = "kept";
+  QEL_FillColumnString(&session_, d_, 4, 0, source);
+  source[0] = 'X'; // the cell holds a copy
   // A shorter text reuses the cell's copy; a long one needs new storage.
   QEL_FillColumnString(&session_, d_, 4, 1, "longer text");
   QEL_FillColumnString(&session_, d_, 4, 1, "short");
@@ -204,8 +149,7 @@ TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   EXPECT_STREQ(text(0, 4), "kept");
   EXPECT_EQ(cell(2, 4), 0u);
   EXPECT_EQ(d_->numRows, 3) << "the row count was raised before the copy";
-  EXPECT_EQ(log.texts(Route::Error),
-            (std::vector<std::string>(2, "QEL_FillColumn():: malloc failed")));
+  EXPECT_EQ(log.all(), std::vector<std::string>(2, "E QEL_FillColumn():: malloc failed"));
   // A nested table refilled with itself is kept; with another, released.
   QEL_DESC *a = QEL_Create(&session_, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
   QEL_DESC *b = QEL_Create(&session_, tGSunhealthy_2Dcomponent, tGSnone, 1, 0);
@@ -217,47 +161,28 @@ TEST_F(Fill, RefillsReplaceTheCellUnlessTheCopyFails) {
   EXPECT_EQ(cell(0, 5), reinterpret_cast<QEL_CELL>(b));
 }
 
-void longDecoder(utility::PutStream &out, unsigned int) {
-  for (int i = 0; i < 600; ++i)
-    out.PutC('x');
-}
-
 TEST_F(Fill, WidthTracking) {
-  struct Step {
-    FillOp fill;
-    int column, row, width;
-  } steps[] = {
+  session_.getPreferences().setStorageSizeBase(2); // sizes in the session's base
+  const std::tuple<FillOp, int, int, int> steps[] = { // fill, column, row, the width after it
       {OP(String, "abc"), 4, 0, 4},  {OP(String, "ab"), 4, 1, 4}, {OP(U64, "12345"), 9, 0, 6},
-      {OP(Blocks, "N/A"), 14, 0, 0}, {OP(Blocks, "2048"), 14, 0, 6}, // "1.05" "MB"
+      {OP(Blocks, "N/A"), 14, 0, 0}, {OP(Blocks, "2048"), 14, 0, 7}, {OP(Blocks2Bytes, "2048"), 18, 0, 7}, // "1.00" "MiB"
       {OP(Enum, 0), 7, 0, 2},        {OP(Enum, 99), 7, 1, 7},     // "OK", "Unknown"
       {OP(Enum, 2), 7, 2, 7},                                      // "Fault": narrower
       {OP(EnumToken, Preferences::OUTPUT_TAG), 17, 0, 1},         // "7"
       {OP(U32, 123456), 3, 0, 0},    {OP(StringN, "ABCDEFGH"), 13, 0, 0}, // not tracked
   };
-  for (const auto &s : steps) {
-    s.fill(&session_, d_, s.column, s.row);
-    EXPECT_EQ(d_->pColumns[s.column].width, s.width) << "step " << &s - steps;
+  for (const auto &[fill, column, row, width] : steps) {
+    fill(&session_, d_, column, row);
+    EXPECT_EQ(d_->pColumns[column].width, width) << "column " << column << ", row " << row;
   }
-  _QEL_COLUMN_DESC *col = d_->pColumns;
-  Preferences &prefs = session_.getPreferences();
-  prefs.setStorageSizeBase(2); // "1.00" "MiB"
-  QEL_FillColumnBlocks2Bytes(&session_, d_, 18, 0, "2048");
-  EXPECT_EQ(col[18].width, 7);
-  prefs.setStorageSizePrecision(0);
-  prefs.setStorageSizeUnits(Preferences::UNITS_KB);
-  QEL_FillColumnBlocks(&session_, d_, 14, 1, "1"); // "0" "KiB": narrower, kept
-  EXPECT_EQ(col[14].width, 6);
-  // The width is kept to 8 bits.
-  QEL_FillColumnString(&session_, d_, 4, 2, std::string(300, 'w').c_str());
-  EXPECT_EQ(col[4].width, 301 % 256);
   // A decoder text longer than the 512-byte scratch leaves the width alone
   // (and throws nothing); the value is still stored.
   EnumDecoder saved = qeltest::typeTable[7].decoder;
-  qeltest::typeTable[7].decoder = longDecoder;
+  qeltest::typeTable[7].decoder = [](utility::PutStream &out, unsigned) { out.PutNChar(600, 'x'); };
   QEL_FillColumnEnum(&session_, d_, 7, 3, 1);
   qeltest::typeTable[7].decoder = saved;
   EXPECT_EQ(cell(3, 7), 1u);
-  EXPECT_EQ(col[7].width, 7);
+  EXPECT_EQ(d_->pColumns[7].width, 7);
 }
 
 } // namespace

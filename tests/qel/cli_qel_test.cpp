@@ -1,4 +1,4 @@
-// Descriptor life cycle and row sorting.
+// Descriptor life cycle, row sorting and column choice.
 #include "support/fixture_tables.h"
 
 #include <random>
@@ -8,117 +8,50 @@ namespace {
 
 using qeltest::LogCapture;
 using Route = qeltest::LogCapture::Route;
-using Session = services::user::Session;
 
 using Descriptor = qeltest::SessionTest;
 
+std::vector<int> sorted(QEL_DESC *d) {
+  std::vector<int> order(static_cast<std::size_t>(d->numRows), -1);
+  SORTOutput(d, order.data());
+  return order;
+}
+
 TEST_F(Descriptor, FailuresAndNullArguments) {
-  QEL_DESC *empty = own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0));
-  ASSERT_NE(empty, nullptr);
-  EXPECT_EQ(empty->numRows, 0);
+  ASSERT_NE(own(QEL_Create(&session_, tGSspares, tGSnone, 0, 0)), nullptr) << "no rows is fine";
   LogCapture log;
-  utility::Debug::setDebugOn(1192, true);
-  EXPECT_EQ(QEL_Create(&session_, tGSserial_2Dnumber, tGSnone, 1, 0), nullptr);
-  EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, -1, 0), nullptr);
-  EXPECT_EQ(QEL_Create(&session_, tGSspares, tGSnone, 0x7fffffff, 0), nullptr);
-  for (long k : {0, 1}) { // the block, then the column array
-    framework::testing::setFailAfter(k);
-    EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+  for (bool debugOn : {true, false}) { // debug off: silent
+    utility::Debug::setDebugOn(1192, debugOn);
+    for (int rows : {1, -1, 0x7fffffff})
+      EXPECT_EQ(QEL_Create(&session_, rows == 1 ? tGSserial_2Dnumber : tGSspares, tGSnone, rows, 0), nullptr);
+    for (long k : {0, 1}) { // the block, then the column array
+      framework::testing::setFailAfter(k);
+      EXPECT_EQ(QEL_Create(&session_, tGSevents, tGSnone, 1, 0), nullptr);
+    }
+    framework::testing::setFailAfter(-1);
+    QEL_link(nullptr, nullptr);
+    QEL_Free(nullptr);
   }
-  framework::testing::setFailAfter(-1);
-  QEL_link(nullptr, nullptr);
-  QEL_Free(nullptr);
-  utility::Debug::setDebugOn(1192, false);
-  QEL_link(nullptr, nullptr); // debug off: silent
-  QEL_Free(nullptr);
-  EXPECT_EQ(log.texts(Route::Log),
-            (std::vector<std::string>{"QEL_Create: Could not find table serial-number"}));
+  EXPECT_EQ(log.texts(Route::Log), std::vector<std::string>(2, "QEL_Create: Could not find table serial-number"));
   std::vector<std::string> debug(4, "QEL_Create:: could not allocate the memory\n");
-  debug.push_back("QEL_link:: pDesc is NULL! DIE! \n");
-  debug.push_back("QEL_Free:: NULL Pointer \n");
+  debug.insert(debug.end(), {"QEL_link:: pDesc is NULL! DIE! \n", "QEL_Free:: NULL Pointer \n"});
   EXPECT_EQ(log.texts(Route::Debug), debug);
 }
 
-// The rename looks for the column's keyword, not its display name.
-TEST_F(Descriptor, RenameMatchesTheOriginalKeyword) {
-  QEL_DESC *d = own(QEL_Create(&session_, tGSvolumes, tGSnone, 1, 0));
-  QEL_RenameColumnKeyword(d, &session_, tGSsize, tGStotal_2Dsize);   // column 4
-  QEL_RenameColumnKeyword(d, &session_, tGStotal_2Dsize, tGSblocks); // column 5
-  QEL_RenameColumnKeyword(d, &session_, tGSrpm, tGSsize);            // not a column of volumes
-  EXPECT_EQ(std::make_tuple(d->pColumns[4].keywordId, d->pColumns[4].displayId,
-                            d->pColumns[5].keywordId, d->pColumns[5].displayId),
-            std::make_tuple(tGSsize, tGStotal_2Dsize, tGStotal_2Dsize, tGSblocks));
-}
-
-// --- Sorting ----------------------------------------------------------------
-
-class Sorting : public qeltest::SessionTest {
-protected:
-  std::vector<int> sorted(QEL_DESC *d) {
-    std::vector<int> order(static_cast<std::size_t>(d->numRows), -1);
-    SORTOutput(d, order.data());
-    return order;
-  }
-  // A descriptor freed at the end, its column \p c filled with \p texts.
-  QEL_DESC *withTexts(GS_TokenValues table, int c, std::vector<const char *> texts) {
-    QEL_DESC *d = QEL_Create(&session_, table, tGSnone, static_cast<int>(texts.size()), 0);
-    for (std::size_t r = 0; r < texts.size(); ++r)
-      QEL_FillColumnString(&session_, d, c, static_cast<int>(r), texts[r]);
-    return own(d);
-  }
-};
-
-TEST_F(Sorting, CompareRules) {
+TEST_F(Descriptor, CompareRules) {
   auto cell = [](const char *t) { return reinterpret_cast<QEL_CELL>(t); };
-  struct Case {
-    SortType sort;
-    ColumnDataType type;
-    QEL_CELL a, b;
-    int result; // strcmp's: its sign
-  } cases[] = {
-      {SORT_STRING, COLTYPE_U32, 1, 2, 0},
-      {SORT_STRING, COLTYPE_STRING, cell("abc"), cell("abd"), -1},
-      {SORT_STRING, COLTYPE_HEX_STRING, cell("abd"), cell("abc"), 1},
-      {SORT_STRING, COLTYPE_STRING, cell("abc"), 0, 0},
-      {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1},
-      {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
-      {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},
-      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
+  const std::tuple<SortType, ColumnDataType, QEL_CELL, QEL_CELL, int> cases[] = { // result: SORT_STRING's sign
+      {SORT_STRING, COLTYPE_U32, 1, 2, 0},           {SORT_STRING, COLTYPE_STRING, cell("abc"), cell("abd"), -1},
+      {SORT_STRING, COLTYPE_HEX_STRING, cell("abd"), cell("abc"), 1}, {SORT_STRING, COLTYPE_STRING, cell("abc"), 0, 0},
+      {SORT_INTEGER, COLTYPE_U32, 0xffffffffu, 1, 1}, {SORT_INTEGER, COLTYPE_I32, 0xffffffffu, 5, 1}, // -1 sorts last
+      {SORT_DATETIME, COLTYPE_STRING, 1, 2, -1},      {SORT_DISKSLOT, COLTYPE_STRING, cell("1.10"), cell("1.2"), 1},
       {SORT_DISKSLOT, COLTYPE_STRING, cell("x"), cell("0.0"), 0}, // unparsed: 0.0
-      {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1},
-      {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
-      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},
-      {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0},
-  };
-  for (const auto &c : cases) {
-    SCOPED_TRACE(&c - cases);
-    const int r = QEL_compare(c.sort, c.type, c.a, c.b);
-    EXPECT_EQ(c.sort == SORT_STRING ? (r > 0) - (r < 0) : r, c.result);
-  }
-}
-
-TEST_F(Sorting, WhichColumnAndWhenNot) {
-  // volume-reservations has two sort columns: the later (host-id) wins.
-  QEL_DESC *res = withTexts(tGSvolume_2Dreservations, 0, {"a", "b", "c"});
-  const char *hosts[] = {"h3", "h1", "h2"};
-  for (int r = 0; r < 3; ++r)
-    QEL_FillColumnString(&session_, res, 3, r, hosts[r]);
-  EXPECT_EQ(sorted(res), (std::vector<int>{1, 2, 0}));
-  // events has no sort column; a table whose last sort column is a nested
-  // table (nosort) keeps its filled order too, as does a SORT_SIZE column.
-  EXPECT_EQ(sorted(withTexts(tGSevents, 2, {"z", "a", "m"})), (std::vector<int>{0, 1, 2}));
-  EXPECT_EQ(sorted(withTexts(tGSstorage_2Dpool_2Dcomponents, 0, {"z", "a", "m"})),
-            (std::vector<int>{0, 1, 2}));
-  gQdbShowVolumes[3].sortType = SORT_SIZE;
-  EXPECT_EQ(sorted(withTexts(tGSvolumes, 3, {"z", "a", "m"})), (std::vector<int>{0, 1, 2}));
-  gQdbShowVolumes[3].sortType = SORT_STRING;
-  // One row or none: the order array is set for the rows there are.
-  QEL_DESC *small = withTexts(tGSvolumes, 3, {"x"});
-  for (int rows : {0, 1}) {
-    small->numRows = rows;
-    int order[1] = {-7};
-    SORTOutput(small, order);
-    EXPECT_EQ(order[0], rows ? 0 : -7);
+      {SORT_DISKSLOT, COLTYPE_STRING, cell("0.1"), cell(""), 1}, {SORT_DISKSLOT, COLTYPE_STRING_N, cell("1.10"), cell("1.2"), 0},
+      {SORT_SIZE, COLTYPE_U32, 1, 2, 0},              {static_cast<SortType>(77), COLTYPE_U32, 1, 2, 0}}; // no order
+  for (const auto &[sort, type, a, b, result] : cases) {
+    const int r = QEL_compare(sort, type, a, b);
+    EXPECT_EQ(sort == SORT_STRING ? (r > 0) - (r < 0) : r, result)
+        << "sort " << sort << ", type " << type << ", " << a << " vs " << b;
   }
 }
 
@@ -136,101 +69,72 @@ std::vector<int> insertionSort(QEL_DESC *d, int c, SortType sortType) {
   return order;
 }
 
-// Each table's own sort column and type, with equal keys, unparsed texts and
-// unfilled cells (which compare equal to everything).
-TEST_F(Sorting, FastSortEqualsTheInsertionSort) {
+// Each table's sort column (the last one the catalogue marks) and type, with
+// equal keys, unparsed texts, unfilled cells (which compare equal to
+// everything) and no rows at all. Tables without a sort column, or whose
+// last one is a nested table, and SORT_SIZE columns keep the filled order.
+TEST_F(Descriptor, FastSortEqualsTheInsertionSort) {
   std::mt19937 rng(20261123);
-  struct Target {
-    GS_TokenValues table;
-    int column;
-    SortType sortType;
-  } targets[] = {{tGSvolumes, 3, SORT_STRING},
-                 {tGSdrives, 4, SORT_DISKSLOT},
-                 {tGSenclosure_2Dlist, 1, SORT_INTEGER}};
+  const std::tuple<GS_TokenValues, int, SortType> targets[] = {
+      {tGSvolumes, 3, SORT_STRING},       {tGSdrives, 4, SORT_DISKSLOT},    {tGSenclosure_2Dlist, 1, SORT_INTEGER},
+      {tGSvolume_2Dreservations, 3, SORT_STRING}, {tGSevents, 2, SORT_NONE}, {tGSstorage_2Dpool_2Dcomponents, 0, SORT_NONE},
+      {tGSvolumes, 3, SORT_SIZE}};
   const char *pool[] = {"1.2", "1.10", "0.3", "2", "a", "A", "", "1.2x", "10.0", "b.1"};
-  for (int round = 0; round < 300; ++round) {
-    const Target &t = targets[round % 3];
-    const int rows = 1 + static_cast<int>(rng() % 40);
-    const bool gaps = round % 2 == 0;
-    QEL_DESC *d = QEL_Create(&session_, t.table, tGSnone, rows, 0);
+  for (int round = 0; round < 350; ++round) {
+    const auto [table, column, sortType] = targets[round % 7];
+    gQdbShowVolumes[3].sortType = table == tGSvolumes ? sortType : SORT_STRING;
+    const int rows = static_cast<int>(rng() % 40);
+    QEL_DESC *d = QEL_Create(&session_, table, tGSnone, rows, 0);
     for (int r = 0; r < rows; ++r) {
-      if (gaps && rng() % 4 == 0)
+      if (round % 2 == 0 && rng() % 4 == 0)
         continue; // an unfilled cell: null text, or 0
-      if (t.sortType == SORT_INTEGER)
-        QEL_FillColumnU32(&session_, d, t.column, r, rng() % 6 + (rng() % 2 ? 0x80000000u : 0));
+      if (sortType == SORT_INTEGER)
+        QEL_FillColumnU32(&session_, d, column, r, rng() % 6 + (rng() % 2 ? 0x80000000u : 0));
       else
-        QEL_FillColumnString(&session_, d, t.column, r, pool[rng() % 10]);
+        QEL_FillColumnString(&session_, d, column, r, pool[rng() % 10]);
     }
     d->numRows = rows;
-    ASSERT_EQ(sorted(d), insertionSort(d, t.column, t.sortType)) << "round " << round;
+    ASSERT_EQ(sorted(d), insertionSort(d, column, sortType)) << "round " << round;
     QEL_Free(d);
   }
+  gQdbShowVolumes[3].sortType = SORT_STRING;
 }
-
-} // namespace
-
-namespace {
-
-// The lines of a console print, trailing blanks cut (the closing rule has
-// no line break and is not among them).
-std::vector<std::string> consoleLines(utility::BufferStream &out,
-                                      services::user::Session &session, QEL_DESC *d) {
-  out.Rewind();
-  d->printed = 0;
-  ConsoleRenderer(&session).PrintTable(d, 0, 0);
-  std::vector<std::string> lines;
-  std::string text = out.pTail(), line;
-  for (char c : text) {
-    if (c != '\n') {
-      line += c;
-      continue;
-    }
-    lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
-    line.clear();
-  }
-  return lines;
-}
-
-class Columns : public qeltest::SessionTest {};
 
 // Choosing columns moves the cells with them and drops (and frees) the
-// rest; sorting by a column moves rows and beats the catalogue's sort
-// column in every later print; descending keeps ties in their order.
-TEST_F(Columns, SelectAndSortRows) {
+// rest; rows sorted by a column keep that order in the print; descending
+// keeps ties in their order. Renames, selection and sorting all go by the
+// column's keyword.
+TEST_F(Descriptor, SelectColumnsAndSortRows) {
   QEL_DESC *d = own(QEL_Create(&session_, tGSmanaged_2Dlogs, tGSnone, 4, 0));
-  const char *names[] = {"delta", "alpha", "charlie", "bravo"};
-  const unsigned slots[] = {2, 9, 2, 5};
+  const std::pair<const char *, unsigned> rows[] = {{"delta", 2}, {"alpha", 9}, {"charlie", 2}, {"bravo", 5}};
   for (int r = 0; r < 4; ++r) {
-    QEL_FillColumnString(&session_, d, 0, r, names[r]);
-    QEL_FillColumnU32(&session_, d, 2, r, slots[r]);
+    QEL_FillColumnString(&session_, d, 0, r, rows[r].first);
+    QEL_FillColumnU32(&session_, d, 2, r, rows[r].second);
     QEL_FillColumnQEL(&session_, d, 1, r, QEL_Create(&session_, tGSsnmp_2Dusers, tGSnone, 1, 0));
   }
-  const GS_TokenValues order[] = {tGSslot, tGSname};
-  QEL_SelectColumns(d, order, 2);
-  ASSERT_EQ(d->numColumns, 2);
-  struct {
-    GS_TokenValues column;
-    bool descending;
-    std::vector<std::string> rows;
-  } cases[] = {
-      {tGSname, false, {"9      alpha", "5      bravo", "2      charlie", "2      delta"}},
-      {tGSslot, false, {"2      charlie", "2      delta", "5      bravo", "9      alpha"}},
-      {tGSname, true, {"2      delta", "2      charlie", "5      bravo", "9      alpha"}},
-      {tGSslot, true, {"9      alpha", "5      bravo", "2      delta", "2      charlie"}},
-  };
-  for (const auto &c : cases) {
-    QEL_SortRows(d, c.column, c.descending);
-    std::vector<std::string> lines = consoleLines(out_, session_, d);
-    ASSERT_EQ(lines.size(), 6u) << "header, rule, four rows";
-    EXPECT_EQ(lines[0], "Slot   Name");
-    EXPECT_EQ(std::vector<std::string>(lines.begin() + 2, lines.begin() + 6), c.rows);
+  const GS_TokenValues chosen[] = {tGSslot, tGSname};
+  QEL_SelectColumns(d, chosen, 2);
+  // A rename looks for the column's keyword, not its display name.
+  QEL_RenameColumnKeyword(d, &session_, tGSname, tGSvendor);
+  QEL_RenameColumnKeyword(d, &session_, tGSvendor, tGSblocks);
+  ASSERT_EQ(std::make_tuple(d->numColumns, d->pColumns[0].keywordId, d->pColumns[1].keywordId, d->pColumns[1].displayId),
+            std::make_tuple(2, tGSslot, tGSname, tGSvendor));
+  const std::tuple<GS_TokenValues, bool, std::string> cases[] = {
+      {tGSname, false, "9 alpha,5 bravo,2 charlie,2 delta,"}, {tGSslot, false, "2 charlie,2 delta,5 bravo,9 alpha,"},
+      {tGSname, true, "2 delta,2 charlie,5 bravo,9 alpha,"}, {tGSslot, true, "9 alpha,5 bravo,2 delta,2 charlie,"}};
+  for (const auto &[column, descending, expected] : cases) {
+    QEL_SortRows(d, column, descending);
+    std::string rows;
+    for (int r : sorted(d))
+      rows += std::to_string(d->cells[r * 3]) + " " + reinterpret_cast<const char *>(d->cells[r * 3 + 1]) + ",";
+    EXPECT_EQ(rows, expected) << strings::GS.toString(column) << (descending ? " down" : " up");
   }
-  qeltest::LogCapture log;
+  LogCapture log;
   const GS_TokenValues unknown[] = {tGSvendor};
   QEL_SelectColumns(d, unknown, 1);
   QEL_SortRows(d, tGSvendor, false);
   EXPECT_EQ(d->numColumns, 2);
-  EXPECT_EQ(log.texts(qeltest::LogCapture::Route::Error),
+  EXPECT_EQ(log.texts(Route::Error),
             (std::vector<std::string>{"QEL_SelectColumns: table managed-logs has no column vendor",
                                       "QEL_SortRows: table managed-logs has no column vendor"}));
 }

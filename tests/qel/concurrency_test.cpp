@@ -6,12 +6,12 @@
 #include "support/fixture_tables.h"
 
 #include <atomic>
+#include <iterator>
 #include <thread>
 
 namespace {
 
 using Preferences = services::user::Preferences;
-using services::qel::Qel;
 
 constexpr int kThreads = 8;
 
@@ -31,19 +31,16 @@ template <typename F> void race(F body) {
 }
 
 TEST(Concurrency, FirstUseOfStartUpAndGetQel) {
-  Qel *found[kThreads] = {};
-  TableMetaData *volumes[kThreads] = {};
+  services::qel::Qel *found[kThreads] = {};
   race([&](int t) {
     if (t % 2)
       QEL_Start();
     framework::Container::getContainer()->buildService(pGSQel);
-    found[t] = &Qel::getQel();
-    volumes[t] = TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes);
+    found[t] = &services::qel::Qel::getQel();
+    EXPECT_NE(TableMetaDataManager::getTableMetaDataManager(LOCALE_EN)->getTable(tGSvolumes), nullptr) << t;
   });
-  for (int t = 0; t < kThreads; ++t) {
+  for (int t = 0; t < kThreads; ++t)
     EXPECT_EQ(found[t], found[0]) << t;
-    EXPECT_NE(volumes[t], nullptr) << t;
-  }
   EXPECT_EQ(framework::Container::getContainer()->findService(pGSQel), found[0]);
 }
 
@@ -54,21 +51,13 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
   services::user::Session s(out);
   s.getPreferences().setOutputFormat(type);
   s.getPreferences().setLocale(locale);
-  QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 4, 0);
-  for (int r = 0; r < 4; ++r) {
-    QEL_FillColumnString(&s, top, 0, r, r % 2 ? "b<&>" : "a\"x\"");
-    QEL_FillColumnU32(&s, top, 2, r, static_cast<unsigned>(4 - r));
-  }
+  QEL_DESC *top = QEL_Create(&s, tGSmanaged_2Dlogs, tGSnone, 2, 0); // the first row empty
   QEL_DESC *nested = QEL_Create(&s, tGSsnmp_2Dusers, tGSnone, 2, 0);
-  QEL_FillColumnString(&s, nested, 0, 0, "n0");
+  QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
+  QEL_FillColumnString(&s, top, 0, 1, "b<&>");
   QEL_FillColumnU32(&s, nested, 1, 1, 9);
   QEL_FillColumnQEL(&s, top, 1, 1, nested);
-  QEL_DESC *types = QEL_Create(&s, tGSspares, tGSnone, 1, 0);
-  QEL_FillColumnString(&s, types, 4, 0, "name");
-  QEL_FillColumnEnum(&s, types, 7, 0, 1);
-  QEL_FillColumnBlocks(&s, types, 14, 0, "2048");
-  QEL_FillColumnDateTime(&s, types, 15, 0, 1700000000u);
-  QEL_FillColumnEnumToken(&s, types, 17, 0, Preferences::OUTPUT_API);
+  qeltest::fillEveryType(s, types, 0);
   QEL_link(top, types);
   QEL_Print_Data(top, &s, out, true, true, "show");
   QEL_Free(top);
@@ -78,33 +67,29 @@ std::string printJob(Preferences::OutputType type, LocaleCode locale) {
 
 TEST(Concurrency, ThreadsPrintInTheirOwnLocalesAndTypes) {
   qeltest::FixtureTables tables;
-  const Preferences::OutputType types[] = {
-      Preferences::OUTPUT_CONSOLE, Preferences::OUTPUT_API,       Preferences::OUTPUT_API_BRIEF,
-      Preferences::OUTPUT_XML2,    Preferences::OUTPUT_XML2_BRIEF, Preferences::OUTPUT_JSON,
-      Preferences::OUTPUT_JSON_ALT, Preferences::OUTPUT_TAG};
   const LocaleCode locales[] = {LOCALE_EN, LOCALE_DE, LOCALE_JP, LOCALE_FR,
                                 LOCALE_ZH_CHT, LOCALE_KO, LOCALE_ES, LOCALE_NL};
-  // Each thread's document, printed alone first.
-  std::string expected[kThreads];
+  // Thread t prints in locale t and every output type in turn; each
+  // document is printed alone first.
+  constexpr int kTypes = static_cast<int>(std::size(qeltest::outputTypes));
+  std::string expected[kThreads][kTypes];
   for (int t = 0; t < kThreads; ++t)
-    expected[t] = printJob(types[t], locales[t]);
-  std::atomic<bool> done{false};
+    for (int k = 0; k < kTypes; ++k)
+      expected[t][k] = printJob(qeltest::outputTypes[k], locales[t]);
   // The print and draw defaults of a column every thread creates, set to
   // what they are while the threads read them.
-  PropertyMetaData &slot = qeltest::twoColumns[1];
-  std::thread defaults([&] {
+  std::atomic<bool> done{false};
+  std::thread defaults([&done, &slot = qeltest::twoColumns[1]] {
     while (!done.load())
       TableMetaDataManager::SetColumnPrint(tGSsnmp_2Dusers, tGSslot, slot.print, slot.draw);
   });
-  int mismatches[kThreads] = {};
   race([&](int t) {
-    for (int i = 0; i < 25; ++i)
-      mismatches[t] += printJob(types[t], locales[t]) != expected[t];
+    for (int i = 0; i < 26; ++i)
+      EXPECT_EQ(printJob(qeltest::outputTypes[(t + i) % kTypes], locales[t]), expected[t][(t + i) % kTypes])
+          << "thread " << t << ", " << strings::GS.toString(qeltest::outputTypes[(t + i) % kTypes]);
   });
   done.store(true);
   defaults.join();
-  for (int t = 0; t < kThreads; ++t)
-    EXPECT_EQ(mismatches[t], 0) << "thread " << t;
 }
 
 } // namespace

@@ -24,14 +24,7 @@ public:
     std::string text;
   };
 
-  LogCapture() {
-    previous_ = framework::Logger::setSink(
-        [](const framework::LogRecord &r, void *self) {
-          static_cast<LogCapture *>(self)->records.push_back(
-              {r.route, r.type, r.function, r.line, r.text});
-        },
-        this);
-  }
+  LogCapture() : previous_(framework::Logger::setSink(collect, this)) {}
   ~LogCapture() { framework::Logger::setSink(previous_); }
   LogCapture(const LogCapture &) = delete;
   LogCapture &operator=(const LogCapture &) = delete;
@@ -44,11 +37,21 @@ public:
         out.push_back(r.text);
     return out;
   }
+  /// Every record as its route's initial (L, E, D, A), a space and its text.
+  std::vector<std::string> all() const {
+    std::vector<std::string> out;
+    for (const auto &r : records)
+      out.push_back("LEDA"[static_cast<int>(r.route)] + (" " + r.text));
+    return out;
+  }
   void clear() { records.clear(); }
 
   std::vector<Record> records;
 
 private:
+  static void collect(const framework::LogRecord &r, void *self) {
+    static_cast<LogCapture *>(self)->records.push_back({r.route, r.type, r.function, r.line, r.text});
+  }
   framework::Logger::Sink previous_;
 };
 

@@ -8,24 +8,17 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <utility>
 #include <vector>
 
 /// Reaches the registry's slots (a friend of TableMetaDataManager).
 class RegistryTestAccess {
 public:
-  struct Slots {
-    TableMetaData *tables[TableMetaDataManager::kSlots];
-    int overflowUsed;
-  };
-  static Slots save(const TableMetaDataManager &r) {
-    Slots saved;
-    std::copy(std::begin(r.tables), std::end(r.tables), saved.tables);
-    saved.overflowUsed = r.overflowUsed;
-    return saved;
-  }
+  using Slots = std::pair<std::vector<TableMetaData *>, int>; // the tables, overflowUsed
+  static Slots save(const TableMetaDataManager &r) { return {{std::begin(r.tables), std::end(r.tables)}, r.overflowUsed}; }
   static void restore(TableMetaDataManager &r, const Slots &saved) {
-    std::copy(std::begin(saved.tables), std::end(saved.tables), r.tables);
-    r.overflowUsed = saved.overflowUsed;
+    std::copy(saved.first.begin(), saved.first.end(), r.tables);
+    r.overflowUsed = saved.second;
   }
 };
 
@@ -38,25 +31,25 @@ namespace qeltest {
 /// registered itself deletes the replaced one.
 class ScopedRegistry {
 public:
-  ScopedRegistry() : registry_(startedRegistry()), saved_(RegistryTestAccess::save(*registry_)) {
-    for (TableMetaData *t : saved_.tables)
+  ScopedRegistry()
+      : registry_((startLibrary(), TableMetaDataManager::getTableMetaDataManager(LOCALE_EN))),
+        saved_(RegistryTestAccess::save(*registry_)) {
+    for (TableMetaData *t : saved_.first)
       if (t)
         keepDefaults(t->getPropertyDef(0), t->getNumColumns());
   }
   ~ScopedRegistry() {
     TableMetaDataManager::m_Instance = registry_;
-    const std::set<TableMetaData *> before(std::begin(saved_.tables), std::end(saved_.tables));
-    std::set<TableMetaData *> added;
+    const std::set<TableMetaData *> before(saved_.first.begin(), saved_.first.end());
+    std::set<TableMetaData *> added; // a table in several slots is deleted once
     for (int slot = 0; slot < TableMetaDataManager::kSlots; ++slot)
       if (TableMetaData *t = registry_->getSlot(slot); t && !before.count(t))
         added.insert(t);
     for (TableMetaData *t : added)
       delete t;
     RegistryTestAccess::restore(*registry_, saved_);
-    for (auto d = defaults_.rbegin(); d != defaults_.rend(); ++d) { // the first record wins
-      d->property->print = d->print;
-      d->property->draw = d->draw;
-    }
+    for (auto d = defaults_.rbegin(); d != defaults_.rend(); ++d) // the first record wins
+      d->property->print = d->print, d->property->draw = d->draw;
   }
   ScopedRegistry(const ScopedRegistry &) = delete;
   ScopedRegistry &operator=(const ScopedRegistry &) = delete;
@@ -73,10 +66,6 @@ private:
     PropertyMetaData *property;
     bool print, draw;
   };
-  static TableMetaDataManager *startedRegistry() {
-    startLibrary();
-    return TableMetaDataManager::getTableMetaDataManager(LOCALE_EN);
-  }
   void keepDefaults(PropertyMetaData *columns, int numColumns) {
     for (int i = 0; i < numColumns; ++i)
       defaults_.push_back({columns + i, bool(columns[i].print), bool(columns[i].draw)});
