@@ -47,7 +47,8 @@ Settings settingsOf(services::user::Session *session) {
           width < 1 ? 80 : width};
 }
 
-bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+// White space as isspace() has it in the C locale, without the call.
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 bool isJson(services::user::Preferences::OutputType type) {
   return type == services::user::Preferences::OUTPUT_JSON ||
@@ -354,11 +355,6 @@ void Renderer::putSlow(const char *data, int size) {
   m_used = size;
 }
 
-void Renderer::put(const char *text) {
-  if (text)
-    put(text, static_cast<int>(std::strlen(text)));
-}
-
 void Renderer::putInt(long long value) {
   char digits[24];
   put(digits, static_cast<int>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
@@ -375,7 +371,6 @@ void Renderer::putRun(int count, char c) {
   }
 }
 
-void Renderer::pad(int count) { putRun(count, ' '); }
 
 void Renderer::putXml(Text value) {
   escapeXml(value.data, static_cast<std::size_t>(value.size),
@@ -754,10 +749,15 @@ Renderer::Text Renderer::cellText(Plan &plan, Column &col, QEL_CELL cell, bool n
     auto strip = [json](char c) { return isSpace(c) && !(json && (c == '\n' || c == '\r')); };
     while (strip(*text))
       ++text;
-    int len = static_cast<int>(std::strlen(text));
+    // One pass finds the end and, for the web script, whether anything
+    // needs escaping.
+    int len = 0;
+    bool special = false;
+    for (char c; (c = text[len]) != '\0'; ++len)
+      special |= c == '"' || c == '\\' || c == '\n' || c == '\r';
     while (len > 0 && strip(text[len - 1]))
       --len;
-    if (!json || !std::any_of(text, text + len, [](char c) {
+    if (!json || !special || !std::any_of(text, text + len, [](char c) {
           return c == '"' || c == '\\' || c == '\n' || c == '\r';
         })) {
       t = {text, len};

@@ -230,14 +230,25 @@ protected:
     m_used += size;
   }
   void put(Text text) { put(text.data, text.size); }
-  void put(const char *text);
+  /// Inline so that a literal's length is known at compile time.
+  void put(const char *text) {
+    if (text)
+      put(text, static_cast<int>(__builtin_strlen(text)));
+  }
   void putChar(char c) {
     if (m_used == kBufferSize)
       flush();
     m_buffer[m_used++] = c;
   }
   void putInt(long long value);
-  void pad(int count);
+  void pad(int count) {
+    if (count > 0 && count <= kBufferSize - m_used) {
+      __builtin_memset(m_buffer + m_used, ' ', static_cast<std::size_t>(count));
+      m_used += count;
+      return;
+    }
+    putRun(count, ' ');
+  }
   void putRun(int count, char c);
   /// \p value with the XML escaping of convertBuffer.
   void putXml(Text value);
