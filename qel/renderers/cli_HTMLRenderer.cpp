@@ -129,20 +129,6 @@ const char *languageOf(LocaleCode locale) {
   }
 }
 
-// Labels and keywords at plan time, escaped as values are.
-std::string escaped(const char *text) {
-  std::string out;
-  for (const char *p = text; p && *p; ++p) {
-    switch (*p) {
-    case '&': out += "&amp;"; break;
-    case '<': out += "&lt;"; break;
-    case '>': out += "&gt;"; break;
-    case '"': out += "&quot;"; break;
-    default: out += *p;
-    }
-  }
-  return out;
-}
 
 // Numbers and sizes are right-aligned.
 bool rightAligned(ColumnDataType type) {
@@ -179,18 +165,18 @@ void HTMLRenderer::orderFailed() { outOfMemory("the row order"); }
 // fixed[0]: a value cell's start tag; fixed[1] its companion's.
 void HTMLRenderer::planTable(Plan &plan) {
   const QEL_DESC *d = plan.desc;
-  const std::string basetype = escaped(getAPIName(d->tableId));
+  const std::string basetype = xmlEscaped(getAPIName(d->tableId));
   std::string head = "<table class=\"qel\" data-basetype=\"" + basetype + "\"><caption>" +
                      basetype + "</caption>\n<thead><tr>";
   for (int i = 0; i < plan.count; ++i) {
     Column &col = plan.columns[i];
-    const std::string keyword = escaped(qel_detail::keywordText(col.desc->displayId));
+    const std::string keyword = xmlEscaped(qel_detail::keywordText(col.desc->displayId));
     const char *label = getConsoleLabel(static_cast<int>(col.desc->displayId),
                                         static_cast<int>(d->tableId), locale);
     const bool right = rightAligned(col.type);
     head += std::string("<th scope=\"col\"") + (right ? " class=\"n\"" : "") + " data-key=\"" +
             keyword + "\"" + (col.type == COLTYPE_QEL ? " data-nested" : "") + ">" +
-            escaped(label && *label ? label : keyword.c_str()) + "</th>";
+            xmlEscaped(label && *label ? label : keyword.c_str()) + "</th>";
     if (col.companion)
       head += "<th scope=\"col\" data-key=\"" + keyword + "-numeric\" hidden>" + keyword +
               "-numeric</th>";

@@ -420,6 +420,14 @@ void Renderer::convertBuffer(utility::PutStream &out, const char *text) {
   });
 }
 
+std::string Renderer::xmlEscaped(const char *text) {
+  std::string out;
+  if (text)
+    escapeXml(text, std::strlen(text),
+              [&out](const char *data, std::size_t size) { out.append(data, size); });
+  return out;
+}
+
 void Renderer::outOfMemory(const char *what) {
   if (!m_failed)
     framework::Logger::StaticLog(0, "Renderer: out of memory for %s; the print is incomplete",

@@ -33,6 +33,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 class Renderer {
 public:
@@ -89,6 +90,8 @@ public:
   /// dropped, and each byte that is not part of a valid UTF-8 sequence (or
   /// that encodes a surrogate, U+FFFE or U+FFFF) becomes U+FFFD.
   static void convertBuffer(utility::PutStream &out, const char *text);
+  /// The same escaping into a string, for texts a plan makes once.
+  static std::string xmlEscaped(const char *text);
   /// True for the column types whose numeric form differs (ENUM, ENUMTOKEN,
   /// DATETIME, TIME, BLOCKS, BLOCKS2BYTES): they get a "-numeric" companion.
   bool isNumericColumn(QEL_DESC *desc, int column);
