@@ -41,23 +41,19 @@ bool CSVRenderer::sortsRows(const Plan &) const { return true; }
 
 void CSVRenderer::orderFailed() { outOfMemory("the row order"); }
 
-// The header line, built once per plan; a field needing quotes is quoted.
-void CSVRenderer::planTable(Plan &plan) {
-  std::string header;
+void CSVRenderer::planTable(Plan &) {}
+
+// The header line, written once, its fields quoted as values are.
+void CSVRenderer::putHeader(const Plan &plan) {
+  bool first = true;
   auto field = [&](const std::string &text) {
-    if (!header.empty())
-      header += m_delimiter;
-    if (text.find_first_of(std::string("\"\r\n") + m_delimiter) == std::string::npos) {
-      header += text;
-      return;
-    }
-    header += '"';
-    for (char c : text)
-      header += c == '"' ? std::string("\"\"") : std::string(1, c);
-    header += '"';
+    if (!first)
+      putChar(m_delimiter);
+    first = false;
+    putCsv({text.data(), static_cast<int>(text.size())}, m_delimiter);
   };
   for (int i = 0; i < plan.count; ++i) {
-    Column &col = plan.columns[i];
+    const Column &col = plan.columns[i];
     if (col.type == COLTYPE_QEL)
       continue;
     const std::string keyword = qel_detail::keywordText(col.desc->displayId);
@@ -68,8 +64,7 @@ void CSVRenderer::planTable(Plan &plan) {
     if (col.companion)
       field(keyword + "-numeric");
   }
-  header += m_newline;
-  addText(plan, plan.table[0], header.c_str());
+  put(m_newline);
 }
 
 bool CSVRenderer::beginTable(Plan &plan, int, int) {
@@ -78,7 +73,7 @@ bool CSVRenderer::beginTable(Plan &plan, int, int) {
   const bool match = plan.desc->tableId == m_selected;
   m_match[depth()] = match;
   if (match && !m_header) {
-    put(plan.text(plan.table[0]));
+    putHeader(plan);
     m_header = true;
   }
   return true;

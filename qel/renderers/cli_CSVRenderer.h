@@ -18,6 +18,7 @@ public:
 
 private:
   void planTable(Plan &plan) override;
+  void putHeader(const Plan &plan);
   bool beginTable(Plan &plan, int parentOid, int indent) override;
   bool sortsRows(const Plan &plan) const override;
   void orderFailed() override;
